@@ -1,0 +1,5 @@
+if(ZELMAR_SANITIZE)
+    set(_zelmar_san -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    add_compile_options(${_zelmar_san})
+    add_link_options(${_zelmar_san})
+endif()

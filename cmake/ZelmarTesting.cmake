@@ -1,0 +1,88 @@
+# Every Qt Test executable is registered through zelmar_add_test, which links it
+# against core and the test support library and gives it its environment:
+#
+#   zelmar_add_test(<name> SOURCES <files...> [NEEDS media|sound|display ...]
+#                   [LIBRARIES <targets...>] [TIMEOUT <seconds>])
+#
+# NEEDS pulls in the CTest fixtures below: generated media files, the private
+# PulseAudio server with its two null sinks, and the Xvfb display. Tests without
+# "display" run on the offscreen platform.
+
+set(ZELMAR_TEST_STATE_DIR ${PROJECT_BINARY_DIR}/test-state)
+set(ZELMAR_TEST_MEDIA_DIR ${ZELMAR_TEST_STATE_DIR}/media)
+set(ZELMAR_TEST_SOUND_DIR ${ZELMAR_TEST_STATE_DIR}/sound)
+set(ZELMAR_TEST_DISPLAY_DIR ${ZELMAR_TEST_STATE_DIR}/display)
+
+# The display number is derived from the build folder, so two build trees on one
+# machine do not fight over it; it can be set by hand when it is taken.
+string(MD5 _zelmar_build_hash "${PROJECT_BINARY_DIR}")
+string(SUBSTRING "${_zelmar_build_hash}" 0 4 _zelmar_build_hash)
+math(EXPR _zelmar_display "0x${_zelmar_build_hash} % 800 + 100")
+set(ZELMAR_TEST_DISPLAY ${_zelmar_display} CACHE STRING "Xvfb display number used by the tests")
+
+set(_zelmar_fixtures ${PROJECT_SOURCE_DIR}/tests/fixtures)
+
+add_test(NAME fixture.media.make
+         COMMAND ${_zelmar_fixtures}/make-test-media ${ZELMAR_TEST_MEDIA_DIR})
+set_tests_properties(fixture.media.make PROPERTIES FIXTURES_SETUP zelmar_media TIMEOUT 120)
+
+add_test(NAME fixture.sound.start
+         COMMAND ${_zelmar_fixtures}/sound-server start ${ZELMAR_TEST_SOUND_DIR})
+add_test(NAME fixture.sound.stop
+         COMMAND ${_zelmar_fixtures}/sound-server stop ${ZELMAR_TEST_SOUND_DIR})
+set_tests_properties(fixture.sound.start PROPERTIES FIXTURES_SETUP zelmar_sound TIMEOUT 30)
+set_tests_properties(fixture.sound.stop PROPERTIES FIXTURES_CLEANUP zelmar_sound TIMEOUT 30)
+
+add_test(NAME fixture.display.start
+         COMMAND ${_zelmar_fixtures}/virtual-display start ${ZELMAR_TEST_DISPLAY_DIR} ${ZELMAR_TEST_DISPLAY})
+add_test(NAME fixture.display.stop
+         COMMAND ${_zelmar_fixtures}/virtual-display stop ${ZELMAR_TEST_DISPLAY_DIR})
+set_tests_properties(fixture.display.start PROPERTIES FIXTURES_SETUP zelmar_display TIMEOUT 30)
+set_tests_properties(fixture.display.stop PROPERTIES FIXTURES_CLEANUP zelmar_display TIMEOUT 30)
+
+function(zelmar_add_test name)
+    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;NEEDS;LIBRARIES" ${ARGN})
+    if(NOT ARG_SOURCES)
+        message(FATAL_ERROR "zelmar_add_test(${name}): SOURCES is required")
+    endif()
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE core zelmar_test_support Qt5::Test zelmar_warnings ${ARG_LIBRARIES})
+    add_test(NAME ${name} COMMAND ${name})
+
+    # Anything a test writes without choosing a folder itself lands in a folder of
+    # its own, never in the build tree or the user's home.
+    set(env
+        "ZELMAR_DATA_DIR=${ZELMAR_TEST_STATE_DIR}/data/${name}"
+        "ZELMAR_TEST_SOURCE_DIR=${PROJECT_SOURCE_DIR}"
+        "XDG_DATA_HOME=${ZELMAR_TEST_STATE_DIR}/xdg/${name}/data"
+        "XDG_CONFIG_HOME=${ZELMAR_TEST_STATE_DIR}/xdg/${name}/config"
+        "XDG_CACHE_HOME=${ZELMAR_TEST_STATE_DIR}/xdg/${name}/cache")
+    set(fixtures "")
+    set(platform offscreen)
+    foreach(need IN LISTS ARG_NEEDS)
+        if(need STREQUAL "media")
+            list(APPEND fixtures zelmar_media)
+            list(APPEND env "ZELMAR_TEST_MEDIA_DIR=${ZELMAR_TEST_MEDIA_DIR}")
+        elseif(need STREQUAL "sound")
+            list(APPEND fixtures zelmar_sound)
+            list(APPEND env "PULSE_SERVER=unix:${ZELMAR_TEST_SOUND_DIR}/native"
+                            "ZELMAR_TEST_SINK_A=zelmar_sink_a" "ZELMAR_TEST_SINK_B=zelmar_sink_b")
+        elseif(need STREQUAL "display")
+            list(APPEND fixtures zelmar_display)
+            set(platform xcb)
+            list(APPEND env "DISPLAY=:${ZELMAR_TEST_DISPLAY}")
+        else()
+            message(FATAL_ERROR "zelmar_add_test(${name}): unknown NEEDS '${need}'")
+        endif()
+    endforeach()
+    list(APPEND env "QT_QPA_PLATFORM=${platform}")
+
+    set_tests_properties(${name} PROPERTIES
+        ENVIRONMENT "${env}"
+        FIXTURES_REQUIRED "${fixtures}"
+        TIMEOUT ${ARG_TIMEOUT})
+endfunction()

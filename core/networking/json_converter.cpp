@@ -1,0 +1,1 @@
+#include "core/networking/json_converter.h"

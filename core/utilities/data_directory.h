@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+
+namespace Core::Utilities {
+
+// Where every file the player writes lives: the database, the settings, the event
+// log and the media cache. The executable's folder when it is writable (a portable
+// install keeps everything together), else the user's XDG data folder. The
+// environment variable overrides both, so that tests and several instances on one
+// machine never share files.
+class DataDirectory
+{
+public:
+    DataDirectory() = delete;
+
+    static constexpr const char* EnvironmentVariable = "ZELMAR_DATA_DIR";
+
+    // Absolute path without a trailing slash; the folder is created when missing.
+    static QString Path();
+    // Path() + "/" + name.
+    static QString FilePath(const QString& name);
+};
+
+} // namespace Core::Utilities
