@@ -1,0 +1,21 @@
+#include "core/utilities/core_resources.h"
+
+#include <QtGlobal>
+
+#include <mutex>
+
+// Q_INIT_RESOURCE must be used outside any namespace.
+static void InitializeCoreDataResource()
+{
+    Q_INIT_RESOURCE(core_data);
+}
+
+namespace Core::Utilities {
+
+void CoreResources::Initialize()
+{
+    static std::once_flag once;
+    std::call_once(once, InitializeCoreDataResource);
+}
+
+} // namespace Core::Utilities
