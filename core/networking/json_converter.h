@@ -42,7 +42,8 @@ public:
     static std::vector<DataTypes::Playback::Track> TracksFromArray(const QJsonArray& contentArray,
                                                                    DataTypes::Playback::ContentType type);
 
-    static QString PlaybackConfigurationToString(const DataTypes::Playback::PlaybackConfiguration& configuration);
+    static QString
+    PlaybackConfigurationToString(const DataTypes::Playback::PlaybackConfiguration& configuration);
     static QJsonArray DomainsToArray(const std::vector<std::string>& domains);
     static QJsonArray DaysToArray(const std::vector<DataTypes::Playback::Day>& days);
     static QJsonArray PlaybackPeriodsToArray(const std::vector<DataTypes::Playback::PlaybackPeriod>& periods);
@@ -63,18 +64,23 @@ public:
     static std::string TokenFromResponse(const QString& body);
     static std::vector<std::shared_ptr<DataTypes::Auth::BusinessType>>
     BusinessTypesFromResponse(const QString& body);
-    static std::vector<std::shared_ptr<DataTypes::Auth::MusicStyle>> MusicStylesFromResponse(const QString& body);
+    static std::vector<std::shared_ptr<DataTypes::Auth::MusicStyle>>
+    MusicStylesFromResponse(const QString& body);
     static std::shared_ptr<DataTypes::Auth::PlaybackObject> PlaybackObjectFromResponse(const QString& body);
     static std::vector<std::shared_ptr<DataTypes::Auth::PlaybackObject>>
     PlaybackObjectsFromResponse(const QString& body);
-    static std::shared_ptr<DataTypes::Auth::PlaybackObject> PlaybackObjectFromJsonObject(const QJsonObject& object);
+    static std::shared_ptr<DataTypes::Auth::PlaybackObject>
+    PlaybackObjectFromJsonObject(const QJsonObject& object);
     static std::vector<std::shared_ptr<DataTypes::Playlists::RecommendedPlaylist>>
     RecommendedPlaylistsFromResponse(const QString& body);
-    static std::vector<std::shared_ptr<DataTypes::Playlists::Playlist>> PlaylistsFromResponse(const QString& body);
-    static std::vector<std::shared_ptr<DataTypes::Playlists::Playlist>> PlaylistsFromArray(const QJsonArray& array);
+    static std::vector<std::shared_ptr<DataTypes::Playlists::Playlist>>
+    PlaylistsFromResponse(const QString& body);
+    static std::vector<std::shared_ptr<DataTypes::Playlists::Playlist>>
+    PlaylistsFromArray(const QJsonArray& array);
     static std::shared_ptr<std::vector<DataTypes::Playlists::Track>> TracksFromResponse(const QString& body);
     static std::vector<DataTypes::Playlists::Track> PlaylistTracksFromArray(const QJsonArray& array);
-    static std::shared_ptr<DataTypes::Playlists::PlaylistsSettings> PlaylistsSettingsFromResponse(const QString& body);
+    static std::shared_ptr<DataTypes::Playlists::PlaylistsSettings>
+    PlaylistsSettingsFromResponse(const QString& body);
     static std::string CertificateUrlFromResponse(const QString& body);
     static DataTypes::Playback::LikeStatus LikeStatusFromResponse(const QString& body);
 

@@ -29,7 +29,8 @@ QString ChooseDirectory()
     if (!executableDirectory.isEmpty() && QFileInfo(executableDirectory).isWritable()) {
         return executableDirectory;
     }
-    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/zelmar-player");
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+           QStringLiteral("/zelmar-player");
 }
 
 } // namespace

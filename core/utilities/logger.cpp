@@ -1,0 +1,134 @@
+#include "core/utilities/logger.h"
+
+#include "core/utilities/data_directory.h"
+#include "core/utilities/local_time_helper.h"
+
+#include <QFile>
+
+#include <fstream>
+
+namespace Core::Utilities {
+
+namespace {
+
+// A period's name and its time span, as the entries about periods show it.
+std::string PeriodFields(const ContentPlaying::PlayablePeriodInfo& period)
+{
+    return period.name + " " + period.startTime + " " + period.endTime;
+}
+
+} // namespace
+
+std::string Logger::GetLogFileName()
+{
+    return DataDirectory::FilePath(QStringLiteral("log.txt")).toStdString();
+}
+
+std::string Logger::LocalTimeString()
+{
+    return LocalTimeHelper::GetLocalDateString() + " " + LocalTimeHelper::GetLocalTimeString() + ": ";
+}
+
+void Logger::Log(const std::string& message)
+{
+    Append(LocalTimeString() + message + "\n\n");
+}
+
+void Logger::LogEmptyLine()
+{
+    Append("\n\n");
+}
+
+void Logger::LogAppRunned()
+{
+    LogEmptyLine();
+    Log("------------------ ЗАПУСК ПРИЛОЖЕНИЯ ------------------");
+}
+
+void Logger::LogDays(const std::vector<DataTypes::Playback::Day>& days)
+{
+    if (days.empty()) {
+        Append(LocalTimeString() + "Дни расписания не найдены!\n\n");
+        return;
+    }
+    std::string entry = LocalTimeString() + "Периоды воспроизведения:\n";
+    for (const auto& day : days) {
+        entry += "\t" + day.dayOfWeek + " " + day.date + "\n";
+        for (const auto& period : day.periods) {
+            entry += "\t\t " + period.name + " " + " начало " + period.startTime + " конец " +
+                     period.endTime + "\n";
+        }
+    }
+    entry += "\n";
+    Append(entry);
+}
+
+void Logger::LogTrackStarted(const DataTypes::Playback::Track& track)
+{
+    Append(LocalTimeString() + " Начато воспроизведение трека:\n\t" + track.name + "-" + track.author + " " +
+           std::to_string(track.id) + " " + DataTypes::Playback::ContentTypeToString(track.contentType) +
+           "\n\n");
+}
+
+void Logger::LogPeriodStarted(const ContentPlaying::PlayablePeriodInfo& period)
+{
+    Append(LocalTimeString() + "Начался период без завершения предъидущего: " + period.name + " " +
+           period.startTime + "-" + period.endTime + "\n\n");
+}
+
+void Logger::LogPeriodChanged(const ContentPlaying::PlayablePeriodInfo& oldPeriod,
+                              const ContentPlaying::PlayablePeriodInfo& newPeriod)
+{
+    Append(LocalTimeString() + "Период закончился:" + PeriodFields(oldPeriod) + " " +
+           "Начался:" + PeriodFields(newPeriod) + "\n\n");
+}
+
+void Logger::LogLastPeriodFinished(const ContentPlaying::PlayablePeriodInfo& period)
+{
+    Append(LocalTimeString() + "Последний период закончился:" + PeriodFields(period) + "\n\n");
+}
+
+void Logger::LogAdBlockStarted(const std::string& blockName, bool interruptsContent, bool hasDownloadedFiles)
+{
+    Log("Настало время реклманого блока " + blockName);
+    Log("Блок " + blockName +
+        (interruptsContent ? " должен прерывать контент" : " НЕ должен прерывать контент"));
+    Log("У блока " + blockName + (hasDownloadedFiles ? " есть скачанные файлы" : " нет скачанных файлов"));
+}
+
+void Logger::LogAdBlockAdded(const std::string& addedBlockName, const std::string& targetBlockName)
+{
+    Log("Треки рекламного блока " + addedBlockName + " добавлены к рекламному блоку " + targetBlockName);
+}
+
+void Logger::LogHostsAvailabilityStarted(const std::vector<std::string>& hosts)
+{
+    std::string entry = LocalTimeString() + "Поиск доступного хоста начат, хосты для проверки (" +
+                        std::to_string(hosts.size()) + "):\n";
+    for (const auto& host : hosts) {
+        entry += "\t" + host + "\n";
+    }
+    entry += "\n";
+    Append(entry);
+}
+
+void Logger::LogHostAvailable(const std::string& host)
+{
+    Log("Хост доступен: " + host);
+}
+
+void Logger::LogNoHostAvailable()
+{
+    Log("Ни один хост не доступен!!!");
+}
+
+void Logger::Append(const std::string& text)
+{
+    // A missing or read-only data folder only loses the entry: the player must go on
+    // playing whatever happens to its log.
+    std::ofstream file(QFile::encodeName(QString::fromStdString(GetLogFileName())).toStdString(),
+                       std::ios::out | std::ios::app | std::ios::binary);
+    file << text;
+}
+
+} // namespace Core::Utilities

@@ -29,10 +29,11 @@ bool SinkRecorder::Start()
     }
     samples.clear();
     pending.clear();
-    process.start(QStringLiteral("parec"), {QStringLiteral("--device=") + sinkName + QStringLiteral(".monitor"),
-                                            QStringLiteral("--format=s16le"), QStringLiteral("--channels=1"),
-                                            QStringLiteral("--rate=%1").arg(SampleRate), QStringLiteral("--raw"),
-                                            QStringLiteral("--latency-msec=20")});
+    process.start(QStringLiteral("parec"),
+                  {QStringLiteral("--device=") + sinkName + QStringLiteral(".monitor"),
+                   QStringLiteral("--format=s16le"), QStringLiteral("--channels=1"),
+                   QStringLiteral("--rate=%1").arg(SampleRate), QStringLiteral("--raw"),
+                   QStringLiteral("--latency-msec=20")});
     if (!process.waitForStarted(5000)) {
         errorString = QStringLiteral("parec did not start: ") + process.errorString();
         return false;
@@ -92,7 +93,8 @@ double SinkRecorder::ToneLevel(double frequency, double fromSeconds, double toSe
         beforePrevious = previous;
         previous = current;
     }
-    const double power = previous * previous + beforePrevious * beforePrevious - coefficient * previous * beforePrevious;
+    const double power =
+        previous * previous + beforePrevious * beforePrevious - coefficient * previous * beforePrevious;
     // Peak amplitude is 2·sqrt(power)/N; divided by sqrt(2) to read like an RMS.
     return std::sqrt(std::max(power, 0.0)) * 2.0 / static_cast<double>(window.size()) / std::sqrt(2.0);
 }
@@ -111,14 +113,16 @@ std::vector<std::int16_t> SinkRecorder::Window(double fromSeconds, double toSeco
 {
     const auto clamp = [this](double seconds) {
         const auto index = static_cast<long long>(std::llround(seconds * SampleRate));
-        return static_cast<std::size_t>(std::clamp<long long>(index, 0, static_cast<long long>(samples.size())));
+        return static_cast<std::size_t>(
+            std::clamp<long long>(index, 0, static_cast<long long>(samples.size())));
     };
     const std::size_t from = clamp(fromSeconds);
     const std::size_t to = clamp(toSeconds);
     if (from >= to) {
         return {};
     }
-    return {samples.begin() + static_cast<std::ptrdiff_t>(from), samples.begin() + static_cast<std::ptrdiff_t>(to)};
+    return {samples.begin() + static_cast<std::ptrdiff_t>(from),
+            samples.begin() + static_cast<std::ptrdiff_t>(to)};
 }
 
 } // namespace Tests

@@ -16,7 +16,8 @@ bool AdBlock::Entry::operator!=(const Entry& other) const
 
 bool AdBlock::operator==(const AdBlock& other) const
 {
-    return std::tie(name, interruptContent, startTime, tracks) == std::tie(other.name, other.interruptContent, other.startTime, other.tracks);
+    return std::tie(name, interruptContent, startTime, tracks) ==
+           std::tie(other.name, other.interruptContent, other.startTime, other.tracks);
 }
 
 bool AdBlock::operator!=(const AdBlock& other) const

@@ -6,7 +6,9 @@ namespace Core::DataTypes::Playback {
 
 bool Day::operator==(const Day& other) const
 {
-    return std::tie(dayOfWeek, date, dayOfWeekId, periods, scheduleName, scheduleId) == std::tie(other.dayOfWeek, other.date, other.dayOfWeekId, other.periods, other.scheduleName, other.scheduleId);
+    return std::tie(dayOfWeek, date, dayOfWeekId, periods, scheduleName, scheduleId) ==
+           std::tie(other.dayOfWeek, other.date, other.dayOfWeekId, other.periods, other.scheduleName,
+                    other.scheduleId);
 }
 
 bool Day::operator!=(const Day& other) const

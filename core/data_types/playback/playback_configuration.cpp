@@ -6,7 +6,8 @@ namespace Core::DataTypes::Playback {
 
 bool PlaybackConfiguration::operator==(const PlaybackConfiguration& other) const
 {
-    return std::tie(version, domains, days, adBlocks, playlists, tracks) == std::tie(other.version, other.domains, other.days, other.adBlocks, other.playlists, other.tracks);
+    return std::tie(version, domains, days, adBlocks, playlists, tracks) ==
+           std::tie(other.version, other.domains, other.days, other.adBlocks, other.playlists, other.tracks);
 }
 
 bool PlaybackConfiguration::operator!=(const PlaybackConfiguration& other) const
