@@ -85,4 +85,8 @@ function(zelmar_add_test name)
         ENVIRONMENT "${env}"
         FIXTURES_REQUIRED "${fixtures}"
         TIMEOUT ${ARG_TIMEOUT})
+    # Tests that listen to the sinks would hear each other: one at a time.
+    if("sound" IN_LIST ARG_NEEDS)
+        set_tests_properties(${name} PROPERTIES RESOURCE_LOCK zelmar_sound_sinks)
+    endif()
 endfunction()
