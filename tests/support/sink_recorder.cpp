@@ -1,9 +1,9 @@
 #include "tests/support/sink_recorder.h"
 
+#include "tests/support/pcm_analysis.h"
+
 #include <QtGlobal>
 
-#include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <utility>
 
@@ -32,7 +32,7 @@ bool SinkRecorder::Start()
     process.start(QStringLiteral("parec"),
                   {QStringLiteral("--device=") + sinkName + QStringLiteral(".monitor"),
                    QStringLiteral("--format=s16le"), QStringLiteral("--channels=1"),
-                   QStringLiteral("--rate=%1").arg(SampleRate), QStringLiteral("--raw"),
+                   QStringLiteral("--rate=%1").arg(PcmAnalysis::SampleRate), QStringLiteral("--raw"),
                    QStringLiteral("--latency-msec=20")});
     if (!process.waitForStarted(5000)) {
         errorString = QStringLiteral("parec did not start: ") + process.errorString();
@@ -61,42 +61,12 @@ QString SinkRecorder::ErrorString() const
 
 double SinkRecorder::SecondsRecorded() const
 {
-    return static_cast<double>(samples.size()) / SampleRate;
+    return static_cast<double>(samples.size()) / PcmAnalysis::SampleRate;
 }
 
-double SinkRecorder::Rms(double fromSeconds, double toSeconds) const
+const std::vector<std::int16_t>& SinkRecorder::Samples() const
 {
-    const auto window = Window(fromSeconds, toSeconds);
-    if (window.empty()) {
-        return 0.0;
-    }
-    double sum = 0.0;
-    for (const auto sample : window) {
-        const double value = sample / 32768.0;
-        sum += value * value;
-    }
-    return std::sqrt(sum / static_cast<double>(window.size()));
-}
-
-double SinkRecorder::ToneLevel(double frequency, double fromSeconds, double toSeconds) const
-{
-    const auto window = Window(fromSeconds, toSeconds);
-    if (window.empty()) {
-        return 0.0;
-    }
-    const double omega = 2.0 * M_PI * frequency / SampleRate;
-    const double coefficient = 2.0 * std::cos(omega);
-    double previous = 0.0;
-    double beforePrevious = 0.0;
-    for (const auto sample : window) {
-        const double current = sample / 32768.0 + coefficient * previous - beforePrevious;
-        beforePrevious = previous;
-        previous = current;
-    }
-    const double power =
-        previous * previous + beforePrevious * beforePrevious - coefficient * previous * beforePrevious;
-    // Peak amplitude is 2·sqrt(power)/N; divided by sqrt(2) to read like an RMS.
-    return std::sqrt(std::max(power, 0.0)) * 2.0 / static_cast<double>(window.size()) / std::sqrt(2.0);
+    return samples;
 }
 
 void SinkRecorder::ReadAvailable()
@@ -107,22 +77,6 @@ void SinkRecorder::ReadAvailable()
     samples.resize(oldSize + static_cast<std::size_t>(whole / 2));
     std::memcpy(samples.data() + oldSize, pending.constData(), static_cast<std::size_t>(whole));
     pending.remove(0, whole);
-}
-
-std::vector<std::int16_t> SinkRecorder::Window(double fromSeconds, double toSeconds) const
-{
-    const auto clamp = [this](double seconds) {
-        const auto index = static_cast<long long>(std::llround(seconds * SampleRate));
-        return static_cast<std::size_t>(
-            std::clamp<long long>(index, 0, static_cast<long long>(samples.size())));
-    };
-    const std::size_t from = clamp(fromSeconds);
-    const std::size_t to = clamp(toSeconds);
-    if (from >= to) {
-        return {};
-    }
-    return {samples.begin() + static_cast<std::ptrdiff_t>(from),
-            samples.begin() + static_cast<std::ptrdiff_t>(to)};
 }
 
 } // namespace Tests

@@ -18,8 +18,6 @@ class SinkRecorder : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int SampleRate = 16000;
-
     explicit SinkRecorder(QString sinkName, QObject* parent = nullptr);
     ~SinkRecorder() override;
 
@@ -30,15 +28,11 @@ public:
     QString ErrorString() const;
 
     double SecondsRecorded() const;
-    // Root mean square of the samples in [from, to) seconds, from 0 (silence) to 1.
-    double Rms(double fromSeconds, double toSeconds) const;
-    // Amplitude of one frequency in [from, to) seconds (Goertzel), comparable with
-    // Rms: a pure full-scale sine of that frequency gives about 0.707.
-    double ToneLevel(double frequency, double fromSeconds, double toSeconds) const;
+    // What was heard so far, at PcmAnalysis::SampleRate; analyse it with PcmAnalysis.
+    const std::vector<std::int16_t>& Samples() const;
 
 private:
     void ReadAvailable();
-    std::vector<std::int16_t> Window(double fromSeconds, double toSeconds) const;
 
     QString sinkName;
     QProcess process;

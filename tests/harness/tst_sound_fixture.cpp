@@ -1,0 +1,75 @@
+#include "tests/support/pcm_analysis.h"
+#include "tests/support/sink_recorder.h"
+#include "tests/support/test_media.h"
+#include "tests/support/test_timeouts.h"
+
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+// The private sound server with its two null sinks is how the playback tests hear
+// what the player did: prove that both sinks exist, that sound sent to one is heard
+// on its monitor and not on the other, and that it plays out in real time.
+class SoundFixtureTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY2(!qEnvironmentVariableIsEmpty("PULSE_SERVER"), "register the test with NEEDS sound");
+    }
+
+    void bothNullSinksAreOffered()
+    {
+        QProcess pactl;
+        pactl.start(QStringLiteral("pactl"),
+                    {QStringLiteral("list"), QStringLiteral("short"), QStringLiteral("sinks")});
+        QVERIFY2(pactl.waitForFinished(Tests::Timeouts::Process) && pactl.exitCode() == 0,
+                 pactl.readAllStandardError().constData());
+        const QString sinks = QString::fromUtf8(pactl.readAllStandardOutput());
+        QVERIFY2(sinks.contains(qEnvironmentVariable("ZELMAR_TEST_SINK_A")), qPrintable(sinks));
+        QVERIFY2(sinks.contains(qEnvironmentVariable("ZELMAR_TEST_SINK_B")), qPrintable(sinks));
+    }
+
+    void soundPlayedOnOneSinkIsHeardOnlyThere()
+    {
+        // paplay speaks WAV, so the tone is decoded once into a temporary file.
+        QTemporaryDir directory;
+        const QString wav = directory.filePath(QStringLiteral("music_a.wav"));
+        QCOMPARE(QProcess::execute(QStringLiteral("ffmpeg"),
+                                   {QStringLiteral("-nostdin"), QStringLiteral("-loglevel"),
+                                    QStringLiteral("error"), QStringLiteral("-i"),
+                                    Tests::TestMedia::Path(QStringLiteral("music_a.mp3")), wav}),
+                 0);
+
+        const QString sinkA = qEnvironmentVariable("ZELMAR_TEST_SINK_A");
+        Tests::SinkRecorder onA(sinkA);
+        Tests::SinkRecorder onB(qEnvironmentVariable("ZELMAR_TEST_SINK_B"));
+        QVERIFY2(onA.Start(), qPrintable(onA.ErrorString()));
+        QVERIFY2(onB.Start(), qPrintable(onB.ErrorString()));
+
+        QProcess player;
+        player.start(QStringLiteral("paplay"), {QStringLiteral("--device=") + sinkA, wav});
+        QVERIFY2(player.waitForStarted(), qPrintable(player.errorString()));
+        QTRY_COMPARE_WITH_TIMEOUT(player.state(), QProcess::NotRunning, Tests::Timeouts::Playback);
+        QCOMPARE(player.exitCode(), 0);
+        onA.Stop();
+        onB.Stop();
+
+        // A null sink clocks samples out in real time: the whole tone is there,
+        // second by second, and not squeezed into a moment.
+        const std::vector<double> tones = {Tests::TestMedia::MusicAFrequency,
+                                           Tests::TestMedia::MusicBFrequency};
+        const int heard =
+            Tests::PcmAnalysis::SecondsDominatedBy(onA.Samples(), Tests::TestMedia::MusicAFrequency, tones);
+        QVERIFY2(heard >= Tests::TestMedia::MusicSeconds - 1,
+                 qPrintable(QStringLiteral("heard %1 s").arg(heard)));
+        QVERIFY2(onB.SecondsRecorded() > 1.0, "the other sink's monitor was not recorded");
+        QVERIFY2(Tests::PcmAnalysis::Rms(onB.Samples(), 0, onB.SecondsRecorded()) < 0.001,
+                 "sound leaked onto the other sink");
+    }
+};
+
+QTEST_GUILESS_MAIN(SoundFixtureTest)
+#include "tst_sound_fixture.moc"
