@@ -25,7 +25,8 @@ public:
     // day whose date text equals this exactly.
     static std::string CurrentDateToString();
     static int LocalTimeToSecondsFromDayStart();
-    // "HH:MM" only; any other length gives 0.
+    // "HH:MM" only (two digits, a colon, two digits); any other length, or a
+    // five-character text of another shape such as "ab:cd", gives 0.
     static int StartTimeToSecondsFromDayStart(const std::string& text);
     // As the start time, except that "00:00" is the end of the day (86400).
     static int EndTimeToSecondsFromDayStart(const std::string& text);
