@@ -1,0 +1,267 @@
+#include "core/utilities/autorun_helper.h"
+#include "core/utilities/cities_helper.h"
+#include "core/utilities/device_info_helper.h"
+
+#include <QtTest>
+
+#include <string>
+#include <vector>
+
+using Core::Utilities::AutorunHelper;
+using Core::Utilities::CitiesHelper;
+using Core::Utilities::DeviceInfoHelper;
+
+namespace {
+
+QStringList ToQt(const std::vector<std::string>& texts)
+{
+    QStringList result;
+    for (const std::string& text : texts) {
+        result << QString::fromStdString(text);
+    }
+    return result;
+}
+
+QStringList ReadLines(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        return {};
+    }
+    return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+// The bundled list straight from the source tree, to check the helper against.
+QStringList SourceCities()
+{
+    return ReadLines(qEnvironmentVariable("ZELMAR_TEST_SOURCE_DIR") +
+                     QStringLiteral("/ui/ui_kit/raw/cities.txt"));
+}
+
+} // namespace
+
+class SystemHelpersTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_home;
+    QByteArray m_originalHome;
+    QByteArray m_originalConfigHome;
+
+    QString ConfigHome() const
+    {
+        return m_home.filePath(QStringLiteral("config"));
+    }
+
+    QString EntryPath() const
+    {
+        return ConfigHome() + QStringLiteral("/autostart/zelmar-player.desktop");
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY2(m_home.isValid(), qPrintable(m_home.errorString()));
+        m_originalHome = qgetenv("HOME");
+        m_originalConfigHome = qgetenv("XDG_CONFIG_HOME");
+    }
+
+    // Every autorun case works in a home of its own, never the developer's.
+    void init()
+    {
+        qputenv("HOME", QFile::encodeName(m_home.path()));
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(ConfigHome()));
+        qunsetenv("APPIMAGE");
+        QDir(m_home.path()).removeRecursively();
+        QDir().mkpath(m_home.path());
+    }
+
+    void cleanupTestCase()
+    {
+        qputenv("HOME", m_originalHome);
+        qputenv("XDG_CONFIG_HOME", m_originalConfigHome);
+    }
+
+    void autorunEntryIsWrittenOnceAndRemoved()
+    {
+        QCOMPARE(AutorunHelper::LinuxAutostartEntryPath(), EntryPath());
+
+        QVERIFY(AutorunHelper::SetAutorunEnabled(true, "-autorun"));
+        const QStringList expected{
+            QStringLiteral("[Desktop Entry]"),
+            QStringLiteral("Type=Application"),
+            QStringLiteral("Name=Zelmar Player"),
+            QStringLiteral("Exec=") + QCoreApplication::applicationFilePath() + QStringLiteral(" -autorun"),
+            QStringLiteral("X-GNOME-Autostart-enabled=true"),
+        };
+        QCOMPARE(ReadLines(EntryPath()), expected);
+
+        // Enabling again leaves one entry with the same contents, and no
+        // temporary file beside it.
+        QVERIFY(AutorunHelper::SetAutorunEnabled(true, "-autorun"));
+        QCOMPARE(ReadLines(EntryPath()), expected);
+        QCOMPARE(QDir(ConfigHome() + QStringLiteral("/autostart")).entryList(QDir::Files | QDir::Hidden),
+                 QStringList{QStringLiteral("zelmar-player.desktop")});
+
+        QVERIFY(AutorunHelper::SetAutorunEnabled(false, "-autorun"));
+        QVERIFY(!QFileInfo::exists(EntryPath()));
+        // Nothing to remove is not a failure.
+        QVERIFY(AutorunHelper::SetAutorunEnabled(false, "-autorun"));
+    }
+
+    void autorunFallsBackToDotConfigInHome()
+    {
+        qunsetenv("XDG_CONFIG_HOME");
+        const QString expectedPath =
+            m_home.path() + QStringLiteral("/.config/autostart/zelmar-player.desktop");
+        QCOMPARE(AutorunHelper::LinuxAutostartEntryPath(), expectedPath);
+        QVERIFY(AutorunHelper::SetAutorunEnabled(true, "-autorun"));
+        QVERIFY(QFileInfo::exists(expectedPath));
+        QVERIFY(AutorunHelper::SetAutorunEnabled(false, "-autorun"));
+        QVERIFY(!QFileInfo::exists(expectedPath));
+    }
+
+    void autorunStartsTheAppImageWithSpecialCharactersQuoted()
+    {
+        qputenv("APPIMAGE", "/opt/Zelmar Player/Zelmar$1.AppImage");
+        QVERIFY(AutorunHelper::SetAutorunEnabled(true, "-autorun"));
+        QVERIFY(ReadLines(EntryPath())
+                    .contains(QStringLiteral("Exec=\"/opt/Zelmar Player/Zelmar\\\\$1.AppImage\" -autorun")));
+    }
+
+    void autorunFailureIsReportedNotThrown()
+    {
+        // A regular file where the configuration folder should be.
+        const QString blocker = m_home.filePath(QStringLiteral("blocker"));
+        QFile file(blocker);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.close();
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(blocker));
+
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("^Autorun: cannot create")));
+        QVERIFY(!AutorunHelper::SetAutorunEnabled(true, "-autorun"));
+        // Removing from a folder that cannot exist has nothing to do.
+        QVERIFY(AutorunHelper::SetAutorunEnabled(false, "-autorun"));
+    }
+
+    // The expected texts are the bytes of the entry file; every backslash in them
+    // is doubled once more here by C++.
+    void execValueQuoting_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("plain") << QStringList{"/usr/bin/zelmar-player", "-autorun"}
+                               << "/usr/bin/zelmar-player -autorun";
+        QTest::newRow("space") << QStringList{"/opt/Zelmar Player/zelmar", "-autorun"}
+                               << "\"/opt/Zelmar Player/zelmar\" -autorun";
+        QTest::newRow("double quote") << QStringList{"/opt/a\"b"} << "\"/opt/a\\\\\"b\"";
+        QTest::newRow("backtick and dollar") << QStringList{"/opt/a`$b"} << "\"/opt/a\\\\`\\\\$b\"";
+        QTest::newRow("backslash takes four") << QStringList{"/opt/a\\b"} << "\"/opt/a\\\\\\\\b\"";
+        QTest::newRow("percent doubled unquoted") << QStringList{"/opt/100%"} << "/opt/100%%";
+        QTest::newRow("percent doubled quoted") << QStringList{"/opt/100% sure"} << "\"/opt/100%% sure\"";
+        QTest::newRow("other reserved characters quoted")
+            << QStringList{"/opt/a;b", "~x", "(y)"} << "\"/opt/a;b\" \"~x\" \"(y)\"";
+        QTest::newRow("line break escaped") << QStringList{"/opt/a\nb"} << "\"/opt/a\\nb\"";
+        QTest::newRow("empty argument kept") << QStringList{"/opt/zelmar", ""} << "/opt/zelmar \"\"";
+        QTest::newRow("cyrillic needs nothing") << QStringList{"/opt/Плеер/zelmar"} << "/opt/Плеер/zelmar";
+    }
+
+    void execValueQuoting()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, expected);
+        QCOMPARE(AutorunHelper::DesktopEntryExecValue(arguments), expected);
+    }
+
+    void platformInfoHasSevenLabelledLines()
+    {
+        const QString info = QString::fromStdString(DeviceInfoHelper::GetPlatformInfo());
+        QVERIFY(info.endsWith(QLatin1Char('\n')));
+        const QStringList lines = info.split(QLatin1Char('\n'));
+        QCOMPARE(lines.size(), 8);
+        QVERIFY(lines.last().isEmpty());
+
+        const std::vector<std::pair<QString, QString>> expected{
+            {QStringLiteral("buildAbi: "), QSysInfo::buildAbi()},
+            {QStringLiteral("currentCpuArch: "), QSysInfo::currentCpuArchitecture()},
+            {QStringLiteral("kernelType: "), QSysInfo::kernelType()},
+            {QStringLiteral("kernalVersion: "), QSysInfo::kernelVersion()},
+            {QStringLiteral("prettyProductName: "), QSysInfo::prettyProductName()},
+            {QStringLiteral("productType: "), QSysInfo::productType()},
+            {QStringLiteral("productVersion: "), QSysInfo::productVersion()},
+        };
+        for (std::size_t i = 0; i < expected.size(); ++i) {
+            QCOMPARE(lines[static_cast<int>(i)], expected[i].first + expected[i].second);
+        }
+        QCOMPARE(QString::fromStdString(DeviceInfoHelper::GetOsInfo()), QStringLiteral("Linux"));
+    }
+
+    void bundledCitiesAreRealNames()
+    {
+        const QStringList cities = SourceCities();
+        QVERIFY2(cities.size() >= 300, qPrintable(QStringLiteral("only %1 cities").arg(cities.size())));
+        QCOMPARE(cities.first(), QStringLiteral("Москва"));
+        QCOMPARE(QSet<QString>(cities.begin(), cities.end()).size(), cities.size());
+        for (const QString& city : cities) {
+            QVERIFY2(city == city.trimmed() && !city.isEmpty(), qPrintable(city));
+        }
+    }
+
+    void suitableCities_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("lower case") << "мос";
+        QTest::newRow("upper case") << "МОС";
+        QTest::newRow("mixed case") << "мОс";
+        QTest::newRow("one letter") << "Н";
+        QTest::newRow("hyphenated") << "санкт-п";
+        QTest::newRow("two words") << "нижний н";
+        QTest::newRow("whole name") << "Москва";
+        QTest::newRow("longer than any name") << "Москва-сити";
+        QTest::newRow("latin") << "mos";
+    }
+
+    // Checked against the source list itself: same cities, same order.
+    void suitableCities()
+    {
+        QFETCH(QString, text);
+        QStringList expected;
+        for (const QString& city : SourceCities()) {
+            if (city.startsWith(text, Qt::CaseInsensitive)) {
+                expected << city;
+            }
+        }
+        QCOMPARE(ToQt(CitiesHelper::GetInstance().SuitableCities(text.toStdString())), expected);
+    }
+
+    void suitableCitiesExamples()
+    {
+        const CitiesHelper& cities = CitiesHelper::GetInstance();
+        QCOMPARE(&cities, &CitiesHelper::GetInstance());
+        QVERIFY(cities.SuitableCities("").empty());
+        QCOMPARE(ToQt(cities.SuitableCities("мос")), QStringList{QStringLiteral("Москва")});
+        QCOMPARE(ToQt(cities.SuitableCities("САНКТ")), QStringList{QStringLiteral("Санкт-Петербург")});
+        QCOMPARE(cities.SuitableCities("ново"), cities.SuitableCities("НОВО"));
+        QVERIFY(cities.SuitableCities("ново").size() > 5);
+        QVERIFY(cities.SuitableCities("\xff\xfe").empty());
+    }
+
+    // Every name starts with a Cyrillic capital: asking for each letter in turn
+    // gives back the whole file, so nothing was lost on reading.
+    void everyCityIsReachable()
+    {
+        QStringList found;
+        for (char16_t letter = u'а'; letter <= u'я'; ++letter) {
+            const QString text(QChar{letter});
+            found << ToQt(CitiesHelper::GetInstance().SuitableCities(text.toStdString()));
+        }
+        QStringList all = SourceCities();
+        found.sort();
+        all.sort();
+        QCOMPARE(found, all);
+    }
+};
+
+QTEST_GUILESS_MAIN(SystemHelpersTest)
+#include "tst_system_helpers.moc"
