@@ -1,0 +1,208 @@
+#include "core/utilities/awake_helper.h"
+#include "tests/support/test_timeouts.h"
+
+#include <QDBusConnection>
+#include <QDBusError>
+#include <QtTest>
+
+using Core::Utilities::AwakeHelper;
+
+namespace {
+
+QStringList warnings;
+QtMessageHandler previousHandler = nullptr;
+
+void RecordWarnings(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    if (type == QtWarningMsg) {
+        warnings << message;
+    }
+    previousHandler(type, context, message);
+}
+
+constexpr const char* screenSaverService = "org.freedesktop.ScreenSaver";
+constexpr const char* screenSaverPath = "/org/freedesktop/ScreenSaver";
+
+} // namespace
+
+// Stands in for the desktop session's screen saver on the test's private bus.
+class FakeScreenSaver : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.ScreenSaver")
+
+public:
+    QStringList inhibitors;
+    QStringList reasons;
+    QList<uint> issued;
+    QList<uint> released;
+
+public slots:
+    uint Inhibit(const QString& applicationName, const QString& reason)
+    {
+        inhibitors << applicationName;
+        reasons << reason;
+        // Cookies a counter in the helper would not guess.
+        issued << 1000u + 7u * static_cast<uint>(issued.size());
+        return issued.last();
+    }
+
+    void UnInhibit(uint cookie)
+    {
+        released << cookie;
+    }
+};
+
+class AwakeHelperTest : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir m_folder;
+    QProcess m_busDaemon;
+    QString m_busAddress;
+    FakeScreenSaver m_screenSaver;
+
+    // A bus of our own: no activatable services, nobody else's screen saver.
+    bool StartBus()
+    {
+        const QString daemon = QStandardPaths::findExecutable(QStringLiteral("dbus-daemon"));
+        if (daemon.isEmpty()) {
+            qWarning("dbus-daemon is missing: install the 'dbus' package (scripts/install-deps)");
+            return false;
+        }
+        const QString config = m_folder.filePath(QStringLiteral("bus.conf"));
+        QFile file(config);
+        if (!file.open(QIODevice::WriteOnly)) {
+            return false;
+        }
+        file.write(QStringLiteral(
+                       "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\"\n"
+                       " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">\n"
+                       "<busconfig>\n"
+                       "  <type>session</type>\n"
+                       "  <auth>EXTERNAL</auth>\n"
+                       "  <listen>unix:path=%1</listen>\n"
+                       "  <policy context=\"default\">\n"
+                       "    <allow send_destination=\"*\" eavesdrop=\"true\"/>\n"
+                       "    <allow eavesdrop=\"true\"/>\n"
+                       "    <allow own=\"*\"/>\n"
+                       "  </policy>\n"
+                       "</busconfig>\n")
+                       .arg(m_folder.filePath(QStringLiteral("bus")))
+                       .toUtf8());
+        file.close();
+        m_busDaemon.start(daemon, {QStringLiteral("--config-file=") + config, QStringLiteral("--nofork"),
+                                   QStringLiteral("--print-address")});
+        return m_busDaemon.waitForStarted(Tests::Timeouts::Process);
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY2(m_folder.isValid(), qPrintable(m_folder.errorString()));
+        QVERIFY2(StartBus(), "could not start a private dbus-daemon");
+        QTRY_VERIFY_WITH_TIMEOUT(m_busDaemon.canReadLine(), Tests::Timeouts::Process);
+        m_busAddress = QString::fromUtf8(m_busDaemon.readLine()).trimmed();
+        QVERIFY2(m_busAddress.startsWith(QLatin1String("unix:")), qPrintable(m_busAddress));
+
+        // Before anything in the process touches the session bus.
+        qputenv("DBUS_SESSION_BUS_ADDRESS", m_busAddress.toUtf8());
+        previousHandler = qInstallMessageHandler(RecordWarnings);
+
+        QDBusConnection bus =
+            QDBusConnection::connectToBus(m_busAddress, QStringLiteral("fake-screen-saver"));
+        QVERIFY2(bus.isConnected(), qPrintable(bus.lastError().message()));
+    }
+
+    void cleanupTestCase()
+    {
+        AwakeHelper::KeepAwake(false);
+        qInstallMessageHandler(previousHandler);
+        QDBusConnection::disconnectFromBus(QStringLiteral("fake-screen-saver"));
+        m_busDaemon.terminate();
+        if (!m_busDaemon.waitForFinished(Tests::Timeouts::Process)) {
+            m_busDaemon.kill();
+            m_busDaemon.waitForFinished(Tests::Timeouts::Process);
+        }
+    }
+
+    // A session without a screen saver: the request fails on its own time, the
+    // caller does not wait for it, and a later request is still made.
+    void withoutTheServiceOnlyAWarning()
+    {
+        QElapsedTimer timer;
+        timer.start();
+        AwakeHelper::KeepAwake(true);
+        QVERIFY(timer.elapsed() < Tests::Timeouts::Quick);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            warnings.filter(QStringLiteral("Keep awake: the screen saver cannot be held off")).size() == 1,
+            Tests::Timeouts::Quick);
+        AwakeHelper::KeepAwake(false);
+    }
+
+    void inhibitsOnceAndReleasesTheReturnedCookie()
+    {
+        QDBusConnection bus = QDBusConnection(QStringLiteral("fake-screen-saver"));
+        QVERIFY(bus.registerObject(QString::fromLatin1(screenSaverPath), &m_screenSaver,
+                                   QDBusConnection::ExportAllSlots));
+        QVERIFY(bus.registerService(QString::fromLatin1(screenSaverService)));
+
+        AwakeHelper::KeepAwake(true);
+        AwakeHelper::KeepAwake(true);
+        QTRY_VERIFY_WITH_TIMEOUT(AwakeHelper::IsKeepingAwake(), Tests::Timeouts::Quick);
+        QCOMPARE(m_screenSaver.issued.size(), 1);
+        QCOMPARE(m_screenSaver.inhibitors, QStringList{QStringLiteral("Zelmar Player")});
+        QVERIFY(!m_screenSaver.reasons.first().isEmpty());
+
+        // Already held: asking again changes nothing.
+        AwakeHelper::KeepAwake(true);
+        AwakeHelper::KeepAwake(false);
+        QVERIFY(!AwakeHelper::IsKeepingAwake());
+        QTRY_COMPARE_WITH_TIMEOUT(m_screenSaver.released, QList<uint>{m_screenSaver.issued.first()},
+                                  Tests::Timeouts::Quick);
+        // The helper's calls arrive in order, so a second Inhibit would be here by now.
+        QCOMPARE(m_screenSaver.issued.size(), 1);
+
+        // Released once only; the next start asks for a new inhibit and releases that.
+        AwakeHelper::KeepAwake(false);
+        AwakeHelper::KeepAwake(true);
+        QTRY_COMPARE_WITH_TIMEOUT(m_screenSaver.issued.size(), 2, Tests::Timeouts::Quick);
+        AwakeHelper::KeepAwake(false);
+        QTRY_COMPARE_WITH_TIMEOUT(m_screenSaver.released, m_screenSaver.issued, Tests::Timeouts::Quick);
+    }
+
+    // Start and stop in quick succession, faster than the session answers: one
+    // inhibit is made, and its cookie is released as soon as it arrives.
+    void stoppedBeforeTheAnswerReleasesTheLateCookie()
+    {
+        const int issuedBefore = m_screenSaver.issued.size();
+        AwakeHelper::KeepAwake(true);
+        AwakeHelper::KeepAwake(false);
+        AwakeHelper::KeepAwake(true);
+        AwakeHelper::KeepAwake(false);
+        QTRY_COMPARE_WITH_TIMEOUT(m_screenSaver.released.size(), issuedBefore + 1, Tests::Timeouts::Quick);
+        QCOMPARE(m_screenSaver.issued.size(), issuedBefore + 1);
+        QCOMPARE(m_screenSaver.released.last(), m_screenSaver.issued.last());
+        QVERIFY(!AwakeHelper::IsKeepingAwake());
+    }
+
+    // Stopped and started again before the answer: the inhibit stays held.
+    void restartedBeforeTheAnswerKeepsTheInhibit()
+    {
+        const int issuedBefore = m_screenSaver.issued.size();
+        const int releasedBefore = m_screenSaver.released.size();
+        AwakeHelper::KeepAwake(true);
+        AwakeHelper::KeepAwake(false);
+        AwakeHelper::KeepAwake(true);
+        QTRY_VERIFY_WITH_TIMEOUT(AwakeHelper::IsKeepingAwake(), Tests::Timeouts::Quick);
+        QCOMPARE(m_screenSaver.released.size(), releasedBefore);
+        AwakeHelper::KeepAwake(false);
+        QTRY_COMPARE_WITH_TIMEOUT(m_screenSaver.released.size(), releasedBefore + 1, Tests::Timeouts::Quick);
+        QCOMPARE(m_screenSaver.released.last(), m_screenSaver.issued.last());
+        QCOMPARE(m_screenSaver.issued.size(), issuedBefore + 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(AwakeHelperTest)
+#include "tst_awake_helper.moc"
