@@ -1,12 +1,14 @@
 # Every Qt Test executable is registered through zelmar_add_test, which links it
 # against core and the test support library and gives it its environment:
 #
-#   zelmar_add_test(<name> SOURCES <files...> [NEEDS media|sound|display ...]
+#   zelmar_add_test(<name> SOURCES <files...> [NEEDS media|sound|display|service ...]
 #                   [LIBRARIES <targets...>] [TIMEOUT <seconds>])
 #
 # NEEDS pulls in the CTest fixtures below: generated media files, the private
 # PulseAudio server with its two null sinks, and the Xvfb display. Tests without
-# "display" run on the offscreen platform.
+# "display" run on the offscreen platform. "service" builds the reference service
+# first and tells the test where it is (ZELMAR_REFERENCE_SERVICE), for
+# Tests::ReferenceService to start.
 
 set(ZELMAR_TEST_STATE_DIR ${PROJECT_BINARY_DIR}/test-state)
 set(ZELMAR_TEST_MEDIA_DIR ${ZELMAR_TEST_STATE_DIR}/media)
@@ -71,6 +73,9 @@ function(zelmar_add_test name)
             list(APPEND fixtures zelmar_sound)
             list(APPEND env "PULSE_SERVER=unix:${ZELMAR_TEST_SOUND_DIR}/native"
                             "ZELMAR_TEST_SINK_A=zelmar_sink_a" "ZELMAR_TEST_SINK_B=zelmar_sink_b")
+        elseif(need STREQUAL "service")
+            add_dependencies(${name} zelmar-reference-service)
+            list(APPEND env "ZELMAR_REFERENCE_SERVICE=$<TARGET_FILE:zelmar-reference-service>")
         elseif(need STREQUAL "display")
             list(APPEND fixtures zelmar_display)
             set(platform xcb)
