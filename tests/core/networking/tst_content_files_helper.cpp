@@ -1,0 +1,139 @@
+#include "core/networking/content_files_helper.h"
+#include "tests/support/test_data_directory.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QtTest>
+
+#include <memory>
+
+using Core::ContentPlaying::ContentFilesHelper;
+using namespace Core::DataTypes::Playback;
+
+namespace {
+
+Track MakeTrack(ContentType type, const std::string& path)
+{
+    Track track;
+    track.contentType = type;
+    track.path = path;
+    return track;
+}
+
+bool Touch(const QString& path)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write("x") == 1;
+}
+
+} // namespace
+
+class ContentFilesHelperTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        dataDirectory = std::make_unique<Tests::TestDataDirectory>();
+    }
+
+    void cleanup()
+    {
+        dataDirectory.reset();
+    }
+
+    void cachePathIsTheTypeFolderAndTheLastPathComponent_data()
+    {
+        QTest::addColumn<int>("type");
+        QTest::addColumn<QString>("serverPath");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("ads go to ads, not clip") << 0 << "shops/12/promo.mp3"
+                                                 << "ads/promo.mp3";
+        QTest::newRow("music") << 1 << "/music/2026/song.mp3"
+                               << "music/song.mp3";
+        QTest::newRow("video, backslashes") << 2 << "video\\winter\\clip.mp4"
+                                            << "video/clip.mp4";
+        QTest::newRow("photo, bare name") << 3 << "shelf.jpg"
+                                          << "photo/shelf.jpg";
+        QTest::newRow("full url") << 1 << "https://cdn.example/a/b/track.mp3?x"
+                                  << "music/track.mp3?x";
+        QTest::newRow("climbing out stays inside") << 1 << "../../etc/passwd"
+                                                   << "music/passwd";
+        QTest::newRow("unknown type is a photo") << 9 << "x.bin"
+                                                 << "photo/x.bin";
+    }
+
+    void cachePathIsTheTypeFolderAndTheLastPathComponent()
+    {
+        QFETCH(int, type);
+        QFETCH(QString, serverPath);
+        QFETCH(QString, expected);
+        const Track track = MakeTrack(static_cast<ContentType>(type), serverPath.toStdString());
+        QCOMPARE(QString::fromStdString(ContentFilesHelper::FilenameForTrack(track)),
+                 dataDirectory->FilePath(expected));
+        QCOMPARE(QString::fromStdString(ContentFilesHelper::TemporaryFilenameForTrack(track)),
+                 dataDirectory->FilePath(expected) + QStringLiteral("tmp"));
+    }
+
+    void onlyARegularFileCountsAsDownloaded()
+    {
+        const Track song = MakeTrack(ContentType::Music, "a/song.mp3");
+        QVERIFY(!ContentFilesHelper::FileForTrackExists(song));
+        QVERIFY(Touch(QString::fromStdString(ContentFilesHelper::FilenameForTrack(song))));
+        QVERIFY(ContentFilesHelper::FileForTrackExists(song));
+
+        // Server paths that name the folder itself.
+        QVERIFY(QDir().mkpath(dataDirectory->FilePath(QStringLiteral("music"))));
+        QVERIFY(!ContentFilesHelper::FileForTrackExists(MakeTrack(ContentType::Music, "")));
+        QVERIFY(!ContentFilesHelper::FileForTrackExists(MakeTrack(ContentType::Music, "x/..")));
+        QVERIFY(!ContentFilesHelper::FileForTrackExists(MakeTrack(ContentType::Music, "x/.")));
+
+        ContentFilesHelper::DropContentFile(song);
+        QVERIFY(!ContentFilesHelper::FileForTrackExists(song));
+    }
+
+    void unnecessaryFilesAndLeftoverDownloadsAreDropped()
+    {
+        const Track kept = MakeTrack(ContentType::Clip, "ad.mp3");
+        const Track sharedName = MakeTrack(ContentType::Music, "other/folder/ad.mp3");
+        const Track gone = MakeTrack(ContentType::Video, "old.mp4");
+        for (const auto& track : {kept, sharedName, gone}) {
+            QVERIFY(Touch(QString::fromStdString(ContentFilesHelper::FilenameForTrack(track))));
+        }
+        const QString leftover = QString::fromStdString(ContentFilesHelper::TemporaryFilenameForTrack(kept));
+        const QString nested = dataDirectory->FilePath(QStringLiteral("photo/sub/stray.jpg"));
+        const QString outside = dataDirectory->FilePath(QStringLiteral("db.sqlite"));
+        QVERIFY(Touch(leftover));
+        QVERIFY(Touch(nested));
+        QVERIFY(Touch(outside));
+
+        ContentFilesHelper::DropUnnecessaryContentFiles({kept, sharedName});
+
+        QVERIFY(ContentFilesHelper::FileForTrackExists(kept));
+        QVERIFY(ContentFilesHelper::FileForTrackExists(sharedName));
+        QVERIFY(!ContentFilesHelper::FileForTrackExists(gone));
+        QVERIFY(!QFile::exists(leftover));
+        QVERIFY(!QFile::exists(nested));
+        QVERIFY2(QFile::exists(outside), "only the content folders are cleaned");
+    }
+
+    void droppingAllContentKeepsTheRestOfTheDataDirectory()
+    {
+        for (const auto& name : ContentFilesHelper::ContentDirectoryNames()) {
+            QVERIFY(Touch(dataDirectory->FilePath(QString::fromStdString(name) + QStringLiteral("/f"))));
+        }
+        QVERIFY(Touch(dataDirectory->FilePath(QStringLiteral("settings.ini"))));
+        ContentFilesHelper::DropContentFiles();
+        QCOMPARE(QDir(dataDirectory->Path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                 QStringList{QStringLiteral("settings.ini")});
+    }
+
+private:
+    std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
+};
+
+QTEST_GUILESS_MAIN(ContentFilesHelperTest)
+#include "tst_content_files_helper.moc"
