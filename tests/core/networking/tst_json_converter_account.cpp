@@ -8,12 +8,23 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <tuple>
 
 using Core::DataTypes::Playback::LikeStatus;
 using Core::Networking::JsonConverter;
+namespace Auth = Core::DataTypes::Auth;
 namespace Playlists = Core::DataTypes::Playlists;
+using namespace std::string_literals;
 
 Q_DECLARE_METATYPE(LikeStatus)
+
+namespace QTest {
+template <>
+char* toString(const std::string& text)
+{
+    return qstrdup(text.c_str());
+}
+} // namespace QTest
 
 namespace {
 
@@ -25,6 +36,28 @@ QString Body(const char* json)
 QJsonObject Object(const char* json)
 {
     return QJsonDocument::fromJson(json).object();
+}
+
+// Every field at once, so a comparison covers the whole value and names what differs.
+auto Fields(const Auth::Server& s)
+{
+    return std::make_tuple(s.id, s.name, s.url, s.email, s.phone, s.privacyPolicyUrl, s.landingUrl,
+                           s.isPrimary, s.phoneCountryCode, s.phoneSymbolLen);
+}
+auto Fields(const Auth::PlaybackObject& o)
+{
+    return std::make_tuple(o.id, o.name, o.address, o.code, o.contractNumber, o.image, o.logo,
+                           o.disablePlayerControl, o.organizationName);
+}
+auto Fields(const Playlists::Playlist& p)
+{
+    return std::make_tuple(p.id, p.name, p.image, p.contentSizeBytes, p.tracksCount, p.active);
+}
+auto Fields(const Playlists::ContentPlaylistSettings& s)
+{
+    return std::make_tuple(s.advanced, s.playlistId, s.playlistName, s.morningPlaylistId,
+                           s.morningPlaylistName, s.dayPlaylistId, s.dayPlaylistName, s.eveningPlaylistId,
+                           s.eveningPlaylistName, s.nightPlaylistId, s.nightPlaylistName);
 }
 
 } // namespace
@@ -44,23 +77,12 @@ private slots:
             7,
             {"id": "4", "is_primary": "true", "phone_symbol_len": null, "name": ["x"]}]})"));
         QCOMPARE(servers.size(), std::size_t(3));
-        const auto& s = *servers[0];
-        QCOMPARE(s.id, 3);
-        QCOMPARE(s.name, std::string("Основной"));
-        QCOMPARE(s.url, std::string("https://api.example.ru/api/v1/"));
-        QCOMPARE(s.email, std::string("help@example.ru"));
-        QCOMPARE(s.phone, std::string("+7 (495) 000-00-00"));
-        QCOMPARE(s.privacyPolicyUrl, std::string("https://example.ru/privacy"));
-        QCOMPARE(s.landingUrl, std::string("https://example.ru/"));
-        QVERIFY(s.isPrimary);
-        QCOMPARE(s.phoneCountryCode, std::string("+7"));
-        QCOMPARE(s.phoneSymbolLen, 10);
-        for (const auto& empty : {servers[1], servers[2]}) {
-            QCOMPARE(empty->id, 0);
-            QCOMPARE(empty->name, std::string());
-            QVERIFY(!empty->isPrimary);
-            QCOMPARE(empty->phoneSymbolLen, 0);
-        }
+        QCOMPARE(Fields(*servers[0]),
+                 Fields(Auth::Server{3, "Основной", "https://api.example.ru/api/v1/", "help@example.ru",
+                                     "+7 (495) 000-00-00", "https://example.ru/privacy",
+                                     "https://example.ru/", true, "+7", 10}));
+        QCOMPARE(Fields(*servers[1]), Fields(Auth::Server{}));
+        QCOMPARE(Fields(*servers[2]), Fields(Auth::Server{}));
     }
 
     void serversWithoutList_data()
@@ -118,36 +140,27 @@ private slots:
             {"id": 6, "content_size_bytes": 5000000000, "tracks_count": 1.5, "active": 1},
             {"content_size_bytes": "100"}]})"));
         QCOMPARE(playlists.size(), std::size_t(3));
-        QCOMPARE(playlists[0]->id, 5);
-        QCOMPARE(playlists[0]->name, std::string("Лаунж"));
-        QCOMPARE(playlists[0]->image, std::string("l.png"));
-        QCOMPARE(playlists[0]->contentSizeBytes, 1.5e9);
-        QCOMPARE(playlists[0]->tracksCount, 120);
-        QVERIFY(playlists[0]->active);
-        QCOMPARE(playlists[1]->contentSizeBytes, 5e9);
-        QCOMPARE(playlists[1]->tracksCount, 0);
-        QVERIFY(!playlists[1]->active);
-        QCOMPARE(playlists[2]->contentSizeBytes, 0.0);
+        QCOMPARE(Fields(*playlists[0]), Fields(Playlists::Playlist{5, "Лаунж", "l.png", 1.5e9, 120, true}));
+        QCOMPARE(Fields(*playlists[1]), Fields(Playlists::Playlist{6, "", "", 5e9, 0, false}));
+        QCOMPARE(Fields(*playlists[2]), Fields(Playlists::Playlist{}));
 
         const auto recommended = JsonConverter::RecommendedPlaylistsFromResponse(Body(
             R"({"playlists": [{"id": 2, "name": "Кофейня", "image": "c.png", "main": true}, {"id": 3}]})"));
         QCOMPARE(recommended.size(), std::size_t(2));
-        QCOMPARE(recommended[0]->name, std::string("Кофейня"));
-        QCOMPARE(recommended[0]->image, std::string("c.png"));
-        QVERIFY(recommended[0]->main);
-        QCOMPARE(recommended[1]->id, 3);
-        QVERIFY(!recommended[1]->main);
+        QCOMPARE(
+            std::tie(recommended[0]->id, recommended[0]->name, recommended[0]->image, recommended[0]->main),
+            std::make_tuple(2, "Кофейня"s, "c.png"s, true));
+        QCOMPARE(std::tie(recommended[1]->id, recommended[1]->main), std::make_tuple(3, false));
 
         // The tracks of a catalogue playlist come inside "data".
         const auto tracks = JsonConverter::TracksFromResponse(Body(R"({"data": {"tracks": [
             {"id": 1, "name": "Вальс", "author": "Оркестр", "image": "v.jpg"}, null]}, "tracks": [{"id": 9}]})"));
         QVERIFY(tracks);
         QCOMPARE(tracks->size(), std::size_t(2));
-        QCOMPARE((*tracks)[0].id, 1);
-        QCOMPARE((*tracks)[0].name, std::string("Вальс"));
-        QCOMPARE((*tracks)[0].author, std::string("Оркестр"));
-        QCOMPARE((*tracks)[0].image, std::string("v.jpg"));
-        QCOMPARE((*tracks)[1].id, 0);
+        const Playlists::Track& waltz = tracks->front();
+        QCOMPARE(std::tie(waltz.id, waltz.name, waltz.author, waltz.image),
+                 std::make_tuple(1, "Вальс"s, "Оркестр"s, "v.jpg"s));
+        QCOMPARE(tracks->back().id, 0);
         QVERIFY(JsonConverter::TracksFromResponse(Body(R"({"tracks": [{"id": 9}]})"))->empty());
     }
 
@@ -156,19 +169,16 @@ private slots:
         const auto types = JsonConverter::BusinessTypesFromResponse(Body(R"({"business_types": [{"id": 1,
             "name": "Кафе", "image": "cafe.png", "icon_dark_theme": "d.svg", "icon_light_theme": "l.svg"}]})"));
         QCOMPARE(types.size(), std::size_t(1));
-        QCOMPARE(types[0]->id, 1);
-        QCOMPARE(types[0]->name, std::string("Кафе"));
-        QCOMPARE(types[0]->image, std::string("cafe.png"));
-        QCOMPARE(types[0]->iconDarkTheme, std::string("d.svg"));
-        QCOMPARE(types[0]->iconLightTheme, std::string("l.svg"));
+        QCOMPARE(std::tie(types[0]->id, types[0]->name, types[0]->image, types[0]->iconDarkTheme,
+                          types[0]->iconLightTheme),
+                 std::make_tuple(1, "Кафе"s, "cafe.png"s, "d.svg"s, "l.svg"s));
 
         const auto styles = JsonConverter::MusicStylesFromResponse(
             Body(R"({"music_styles": [{"id": 4, "name": "Джаз", "image": "j.png"}, []]})"));
         QCOMPARE(styles.size(), std::size_t(2));
-        QCOMPARE(styles[0]->id, 4);
-        QCOMPARE(styles[0]->name, std::string("Джаз"));
-        QCOMPARE(styles[0]->image, std::string("j.png"));
-        QCOMPARE(styles[1]->name, std::string());
+        QCOMPARE(std::tie(styles[0]->id, styles[0]->name, styles[0]->image),
+                 std::make_tuple(4, "Джаз"s, "j.png"s));
+        QCOMPARE(std::tie(styles[1]->id, styles[1]->name), std::make_tuple(0, ""s));
     }
 
     void playbackObjects()
@@ -178,26 +188,19 @@ private slots:
             "disable_player_control": true, "organization_name": "ООО «Ромашка»"})";
         const auto one =
             JsonConverter::PlaybackObjectFromResponse(Body(R"({"object": %1})").arg(Body(fields)));
-        QCOMPARE(one->id, 12);
-        QCOMPARE(one->name, std::string("Кофейня на Невском"));
-        QCOMPARE(one->address, std::string("Невский пр., 1"));
-        QCOMPARE(one->code, std::string("nvsk-01"));
-        QCOMPARE(one->contractNumber, std::string("Д-17/2024"));
-        QCOMPARE(one->image, std::string("i.png"));
-        QCOMPARE(one->logo, std::string("logo.png"));
-        QVERIFY(one->disablePlayerControl);
-        QCOMPARE(one->organizationName, std::string("ООО «Ромашка»"));
+        const Auth::PlaybackObject expected{
+            12,   "Кофейня на Невском", "Невский пр., 1", "nvsk-01", "Д-17/2024", "i.png", "logo.png",
+            true, "ООО «Ромашка»"};
+        QCOMPARE(Fields(*one), Fields(expected));
 
         const auto list =
             JsonConverter::PlaybackObjectsFromResponse(Body(R"({"objects": [%1, "x"]})").arg(Body(fields)));
         QCOMPARE(list.size(), std::size_t(2));
-        QCOMPARE(list[0]->code, one->code);
-        QCOMPARE(list[1]->code, std::string());
-        QVERIFY(!list[1]->disablePlayerControl);
+        QCOMPARE(Fields(*list[0]), Fields(expected));
+        QCOMPARE(Fields(*list[1]), Fields(Auth::PlaybackObject{}));
 
         const auto missing = JsonConverter::PlaybackObjectFromResponse(Body(R"({"objects": []})"));
-        QVERIFY(missing);
-        QCOMPARE(missing->id, 0);
+        QCOMPARE(Fields(*missing), Fields(Auth::PlaybackObject{}));
     }
 
     void playlistsSettingsFromResponse()
@@ -208,24 +211,12 @@ private slots:
                       "evening": {"playlist_id": 4, "playlist_name": "Вечер"}, "night": {"playlist_id": 5, "playlist_name": "Ночь"}},
             "video": {"advanced": false, "playlist_id": 6, "playlist_name": "Клипы", "morning": null},
             "photo": "none"}})"));
-        const Playlists::ContentPlaylistSettings& music = settings->music;
-        QVERIFY(music.advanced);
-        QCOMPARE(music.playlistId, 1);
-        QCOMPARE(music.playlistName, std::string("Весь день"));
-        QCOMPARE(music.morningPlaylistId, 2);
-        QCOMPARE(music.morningPlaylistName, std::string("Утро"));
-        QCOMPARE(music.dayPlaylistId, 3);
-        QCOMPARE(music.dayPlaylistName, std::string("День"));
-        QCOMPARE(music.eveningPlaylistId, 4);
-        QCOMPARE(music.eveningPlaylistName, std::string("Вечер"));
-        QCOMPARE(music.nightPlaylistId, 5);
-        QCOMPARE(music.nightPlaylistName, std::string("Ночь"));
-        QVERIFY(!settings->video.advanced);
-        QCOMPARE(settings->video.playlistId, 6);
-        QCOMPARE(settings->video.playlistName, std::string("Клипы"));
-        QCOMPARE(settings->video.morningPlaylistId, 0);
-        QCOMPARE(settings->photo.playlistId, 0);
-        QVERIFY(!settings->photo.advanced);
+        QCOMPARE(Fields(settings->music),
+                 Fields(Playlists::ContentPlaylistSettings{true, 1, "Весь день", 2, "Утро", 3, "День", 4,
+                                                           "Вечер", 5, "Ночь"}));
+        QCOMPARE(Fields(settings->video),
+                 Fields(Playlists::ContentPlaylistSettings{false, 6, "Клипы", 0, "", 0, "", 0, "", 0, ""}));
+        QCOMPARE(Fields(settings->photo), Fields(Playlists::ContentPlaylistSettings{}));
     }
 
     void playlistsSettingsToJson()
@@ -240,19 +231,13 @@ private slots:
             "video": {"advanced": false, "playlist_id": 6},
             "photo": {"advanced": false, "playlist_id": 0}}})"));
 
-        // Reading back what was written keeps the ids that were sent.
-        const Playlists::ContentPlaylistSettings music =
-            Core::Networking::ContentPlaylistSettingsFromJson(json["settings"]["music"].toObject());
-        QVERIFY(music.advanced);
-        QCOMPARE(music.playlistId, 0);
-        QCOMPARE(music.morningPlaylistId, 2);
-        QCOMPARE(music.nightPlaylistId, 5);
-        QCOMPARE(music.nightPlaylistName, std::string());
-        const Playlists::ContentPlaylistSettings video =
-            Core::Networking::ContentPlaylistSettingsFromJson(json["settings"]["video"].toObject());
-        QVERIFY(!video.advanced);
-        QCOMPARE(video.playlistId, 6);
-        QCOMPARE(video.morningPlaylistId, 0);
+        // Reading back what was written keeps the ids that were sent, and only those.
+        QCOMPARE(
+            Fields(Core::Networking::ContentPlaylistSettingsFromJson(json["settings"]["music"].toObject())),
+            Fields(Playlists::ContentPlaylistSettings{true, 0, "", 2, "", 3, "", 4, "", 5, ""}));
+        QCOMPARE(
+            Fields(Core::Networking::ContentPlaylistSettingsFromJson(json["settings"]["video"].toObject())),
+            Fields(Playlists::ContentPlaylistSettings{false, 6, "", 0, "", 0, "", 0, "", 0, ""}));
     }
 
     void topLevelMembers()
@@ -260,11 +245,10 @@ private slots:
         const QString body =
             Body(R"({"code": "4821", "token": "ab.cd", "url": "https:\/\/cert.example.ru\/1.pdf",
             "count": 17, "name": 5, "items": [1, 2], "data": {"token": "inner"}, "object": {"a": 1}})");
-        QCOMPARE(JsonConverter::ConfirmationCodeFromResponse(body), std::string("4821"));
-        QCOMPARE(JsonConverter::TokenFromResponse(body), std::string("ab.cd"));
-        QCOMPARE(JsonConverter::CertificateUrlFromResponse(body),
-                 std::string("https://cert.example.ru/1.pdf"));
-        QCOMPARE(JsonConverter::StringFromResponse(body, "name"), std::string());
+        QCOMPARE(JsonConverter::ConfirmationCodeFromResponse(body), "4821"s);
+        QCOMPARE(JsonConverter::TokenFromResponse(body), "ab.cd"s);
+        QCOMPARE(JsonConverter::CertificateUrlFromResponse(body), "https://cert.example.ru/1.pdf"s);
+        QCOMPARE(JsonConverter::StringFromResponse(body, "name"), ""s);
         QCOMPARE(JsonConverter::IntFromResponse(body, "count"), 17);
         QCOMPARE(JsonConverter::IntFromResponse(body, "code"), 0);
         QCOMPARE(JsonConverter::ArrayFromDataResponse(body, "items"), QJsonArray({1, 2}));
@@ -272,7 +256,7 @@ private slots:
         QCOMPARE(JsonConverter::JsonObjectFromDataResponse(body, "object"), Object(R"({"a": 1})"));
         QCOMPARE(JsonConverter::DataObjectFromDataResponse(body), Object(R"({"token": "inner"})"));
         QVERIFY(JsonConverter::DataObjectFromDataResponse(Body(R"([{"data": {}}])")).isEmpty());
-        QCOMPARE(JsonConverter::TokenFromResponse(Body("token=ab.cd")), std::string());
+        QCOMPARE(JsonConverter::TokenFromResponse(Body("token=ab.cd")), ""s);
     }
 };
 
