@@ -296,10 +296,11 @@ std::optional<QJsonObject> ReferenceService::Control(const QByteArray& method, c
     const QJsonDocument document =
         QJsonDocument::fromJson(QByteArray::fromStdString(result->body), &parseError);
     if (result->status != 200 || !document.isObject()) {
+        const QString reason = document.object().value(QStringLiteral("error")).toString();
         errorString = QStringLiteral("%1 was refused (HTTP %2): %3")
                           .arg(what)
                           .arg(result->status)
-                          .arg(QString::fromStdString(result->body));
+                          .arg(reason.isEmpty() ? QString::fromStdString(result->body) : reason);
         return std::nullopt;
     }
     return document.object();

@@ -70,6 +70,13 @@ bool HttpService::Bind(int port, const QString& certificate, const QString& key,
     server->new_task_queue = [] {
         return new httplib::ThreadPool(WorkerThreads);
     };
+    // cpp-httplib asks for SO_REUSEPORT by default, which lets a second service
+    // bind the same port and take a share of its requests; a taken port must be an
+    // error instead.
+    server->set_socket_options([](socket_t socket) {
+        const int yes = 1;
+        setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof(yes));
+    });
     server->set_keep_alive_max_count(1);
     server->set_payload_max_length(MaximumBodySize);
     server->set_exception_handler([](const httplib::Request&, httplib::Response& response,
