@@ -10,5 +10,8 @@ constexpr int Quick = 2000;
 constexpr int Process = 10000;
 // Real playback of the few-seconds test media, in real time.
 constexpr int Playback = 20000;
+// How long to listen before concluding that something did not happen: four polls
+// of a media player's 250 ms status timer.
+constexpr int Silence = 1000;
 
 } // namespace Tests::Timeouts

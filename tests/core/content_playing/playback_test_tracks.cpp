@@ -1,0 +1,66 @@
+#include "tests/core/content_playing/playback_test_tracks.h"
+
+#include "core/networking/content_files_helper.h"
+#include "core/utilities/data_directory.h"
+#include "tests/support/test_media.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QtGlobal>
+
+namespace Tests {
+
+using Core::DataTypes::Playback::ContentType;
+using Core::DataTypes::Playback::Track;
+
+Track PlaybackTestTracks::Make(int id, ContentType type, const QString& fileName, const QString& title)
+{
+    Track track;
+    track.id = id;
+    track.contentType = type;
+    track.path = QStringLiteral("/media/%1/%2").arg(id).arg(fileName).toStdString();
+    track.name = (title.isEmpty() ? fileName : title).toStdString();
+    track.author = "Тест";
+    return track;
+}
+
+bool PlaybackTestTracks::Install(const Track& track, const QString& mediaName)
+{
+    const QString source = TestMedia::Path(mediaName);
+    if (source.isEmpty()) {
+        return false;
+    }
+    const QString target =
+        QString::fromStdString(Core::ContentPlaying::ContentFilesHelper::FilenameForTrack(track));
+    if (!QDir().mkpath(QFileInfo(target).absolutePath())) {
+        qWarning("cannot make the cache folder of %s", qUtf8Printable(target));
+        return false;
+    }
+    QFile::remove(target);
+    if (!QFile::copy(source, target)) {
+        qWarning("cannot copy %s to %s", qUtf8Printable(source), qUtf8Printable(target));
+        return false;
+    }
+    return true;
+}
+
+Track PlaybackTestTracks::Cached(int id, ContentType type, const QString& mediaName, const QString& title)
+{
+    const Track track = Make(id, type, mediaName, title);
+    if (!Install(track, mediaName)) {
+        qWarning("test track %d has no file", id);
+    }
+    return track;
+}
+
+QString PlaybackTestTracks::EventLog()
+{
+    QFile log(Core::Utilities::DataDirectory::FilePath(QStringLiteral("log.txt")));
+    if (!log.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    return QString::fromUtf8(log.readAll());
+}
+
+} // namespace Tests

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace Tests {
+
+// When a tone was heard in a recording of a sink: the playback tests ask when a
+// track became audible and when it went quiet, in short windows.
+class ToneTimeline
+{
+public:
+    ToneTimeline() = delete;
+
+    static constexpr double Window = 0.1;
+
+    // Start of the first window from `fromSeconds` on in which the tone's level
+    // exceeds `threshold`; -1 when it never does.
+    static double FirstHeard(const std::vector<std::int16_t>& samples, double frequency, double threshold,
+                             double fromSeconds = 0.0);
+    // End of the last window in which the tone's level exceeds `threshold`; -1
+    // when it never does.
+    static double LastHeard(const std::vector<std::int16_t>& samples, double frequency, double threshold);
+    // The tone's level over [from, to).
+    static double Level(const std::vector<std::int16_t>& samples, double frequency, double fromSeconds,
+                        double toSeconds);
+    static double Seconds(const std::vector<std::int16_t>& samples);
+};
+
+} // namespace Tests

@@ -1,0 +1,95 @@
+#include "tests/core/content_playing/two_sink_listener.h"
+
+#include "tests/support/test_timeouts.h"
+
+#include <QDeadlineTimer>
+#include <QTest>
+
+#include <algorithm>
+
+namespace Tests {
+
+namespace {
+
+// Recorded before Start() returns: long enough to show that the monitor delivers.
+constexpr double FlowingSeconds = 0.2;
+
+} // namespace
+
+TwoSinkListener::TwoSinkListener()
+    : keepA(qEnvironmentVariable("ZELMAR_TEST_SINK_A"))
+    , keepB(qEnvironmentVariable("ZELMAR_TEST_SINK_B"))
+    , recorderA(qEnvironmentVariable("ZELMAR_TEST_SINK_A"))
+    , recorderB(qEnvironmentVariable("ZELMAR_TEST_SINK_B"))
+{
+}
+
+bool TwoSinkListener::Start()
+{
+    if (qEnvironmentVariableIsEmpty("ZELMAR_TEST_SINK_A") ||
+        qEnvironmentVariableIsEmpty("ZELMAR_TEST_SINK_B")) {
+        errorString = QStringLiteral("the sink names are not set: register the test with NEEDS sound");
+        return false;
+    }
+    if (!keepA.Start()) {
+        errorString = keepA.ErrorString();
+        return false;
+    }
+    if (!keepB.Start()) {
+        errorString = keepB.ErrorString();
+        return false;
+    }
+    if (!recorderA.Start()) {
+        errorString = recorderA.ErrorString();
+        return false;
+    }
+    if (!recorderB.Start()) {
+        errorString = recorderB.ErrorString();
+        return false;
+    }
+    if (!WaitUntilRecorded(FlowingSeconds, Timeouts::Process)) {
+        errorString = QStringLiteral("the sinks' monitors deliver nothing");
+        return false;
+    }
+    return true;
+}
+
+QString TwoSinkListener::ErrorString() const
+{
+    return errorString;
+}
+
+const std::vector<std::int16_t>& TwoSinkListener::A() const
+{
+    return recorderA.Samples();
+}
+
+const std::vector<std::int16_t>& TwoSinkListener::B() const
+{
+    return recorderB.Samples();
+}
+
+double TwoSinkListener::SecondsRecorded() const
+{
+    return std::min(recorderA.SecondsRecorded(), recorderB.SecondsRecorded());
+}
+
+bool TwoSinkListener::WaitUntilRecorded(double seconds, int timeoutMs)
+{
+    const QDeadlineTimer deadline(timeoutMs);
+    while (SecondsRecorded() < seconds) {
+        if (deadline.hasExpired()) {
+            return false;
+        }
+        QTest::qWait(20);
+    }
+    return true;
+}
+
+void TwoSinkListener::Stop()
+{
+    recorderA.Stop();
+    recorderB.Stop();
+}
+
+} // namespace Tests
