@@ -55,8 +55,8 @@ public:
     using Failure = std::function<void(std::shared_ptr<DataTypes::NetworkError>)>;
     using Success = std::function<void()>;
 
-    // Replaces the build's API host (ZELMAR_API_HOST) for the servers list, e.g.
-    // "127.0.0.1:8091": a local or staging service, and the tests.
+    // When set (even to nothing), replaces the build's API host for the servers
+    // list, e.g. "127.0.0.1:8091": a local or staging service, and the tests.
     static constexpr const char* ApiHostEnvironmentVariable = "ZELMAR_API_HOST";
     // Authorized requests and account deletion give up after this long.
     static constexpr int AuthorizedTransferTimeoutMs = 30000;
