@@ -467,18 +467,17 @@ void VlcWrapper::TimerTimeOut()
         return;
     }
     const VlcStatus status = GetStatus();
-    if (status == VlcStatus::Playing) {
-        if (lastStatus != VlcStatus::Playing) {
-            emit mediaStatusChanged(VlcStatus::Playing);
-            SetScaleForVideo();
-        }
-        lastStatus = VlcStatus::Playing;
+    // Stored before telling anyone: a listener may start the next media from its
+    // slot, and Play() resets the status for that media's reports.
+    const VlcStatus previous = lastStatus;
+    lastStatus = status;
+    if (status == previous) {
         return;
     }
-    if (status != lastStatus) {
-        emit mediaStatusChanged(status);
+    emit mediaStatusChanged(status);
+    if (status == VlcStatus::Playing) {
+        SetScaleForVideo();
     }
-    lastStatus = status;
 }
 
 } // namespace Core::Vendor
