@@ -4,7 +4,8 @@ add_library(zelmar_warnings INTERFACE)
 target_compile_options(zelmar_warnings INTERFACE
     -Wall -Wextra -Werror
     -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual
-    -Wshadow=local)
+    $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local>
+    $<$<CXX_COMPILER_ID:Clang>:-Wshadow-uncaptured-local>)
 # Keep the QString API honest: no silent conversions from char* or to ASCII.
 target_compile_definitions(zelmar_warnings INTERFACE
     QT_NO_CAST_FROM_BYTEARRAY

@@ -97,6 +97,5 @@ private slots:
     }
 };
 
-
 QTEST_GUILESS_MAIN(ErrorsTest)
 #include "tst_errors.moc"
