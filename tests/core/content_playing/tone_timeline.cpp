@@ -2,14 +2,38 @@
 
 #include "tests/support/pcm_analysis.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace Tests {
+
+namespace {
+
+// libvlc nudges its playback rate to keep in step with the sound server's clock,
+// which moves a tone by a few tenths of a percent: each short window is searched
+// within ±2 % of the frequency.
+constexpr double Drift = 0.02;
+constexpr int DriftSteps = 4;
+constexpr double LevelWindow = 0.1;
+
+double DriftTolerantLevel(const std::vector<std::int16_t>& samples, double frequency, double from, double to)
+{
+    double level = 0.0;
+    for (int step = -DriftSteps; step <= DriftSteps; ++step) {
+        const double shifted = frequency * (1.0 + Drift * step / DriftSteps);
+        level = std::max(level, PcmAnalysis::ToneLevel(samples, shifted, from, to));
+    }
+    return level;
+}
+
+} // namespace
 
 double ToneTimeline::FirstHeard(const std::vector<std::int16_t>& samples, double frequency, double threshold,
                                 double fromSeconds)
 {
     const double end = Seconds(samples);
     for (double at = fromSeconds; at + Window <= end; at += Window) {
-        if (PcmAnalysis::ToneLevel(samples, frequency, at, at + Window) > threshold) {
+        if (DriftTolerantLevel(samples, frequency, at, at + Window) > threshold) {
             return at;
         }
     }
@@ -21,7 +45,7 @@ double ToneTimeline::LastHeard(const std::vector<std::int16_t>& samples, double 
     double last = -1.0;
     const double end = Seconds(samples);
     for (double at = 0.0; at + Window <= end; at += Window) {
-        if (PcmAnalysis::ToneLevel(samples, frequency, at, at + Window) > threshold) {
+        if (DriftTolerantLevel(samples, frequency, at, at + Window) > threshold) {
             last = at + Window;
         }
     }
@@ -31,7 +55,16 @@ double ToneTimeline::LastHeard(const std::vector<std::int16_t>& samples, double 
 double ToneTimeline::Level(const std::vector<std::int16_t>& samples, double frequency, double fromSeconds,
                            double toSeconds)
 {
-    return PcmAnalysis::ToneLevel(samples, frequency, fromSeconds, toSeconds);
+    // The root mean square of the levels of short windows, each found within the
+    // drift.
+    double sum = 0.0;
+    int windows = 0;
+    for (double at = fromSeconds; at + LevelWindow <= toSeconds + 1e-9; at += LevelWindow) {
+        const double level = DriftTolerantLevel(samples, frequency, at, at + LevelWindow);
+        sum += level * level;
+        ++windows;
+    }
+    return windows == 0 ? 0.0 : std::sqrt(sum / windows);
 }
 
 double ToneTimeline::Seconds(const std::vector<std::int16_t>& samples)

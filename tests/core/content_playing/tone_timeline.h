@@ -6,7 +6,8 @@
 namespace Tests {
 
 // When a tone was heard in a recording of a sink: the playback tests ask when a
-// track became audible and when it went quiet, in short windows.
+// track became audible, when it went quiet, and how loud it was, in windows of a
+// tenth of a second that allow for libvlc's small changes of playback rate.
 class ToneTimeline
 {
 public:
@@ -21,7 +22,7 @@ public:
     // End of the last window in which the tone's level exceeds `threshold`; -1
     // when it never does.
     static double LastHeard(const std::vector<std::int16_t>& samples, double frequency, double threshold);
-    // The tone's level over [from, to).
+    // The tone's level over [from, to), in whole tenths of a second.
     static double Level(const std::vector<std::int16_t>& samples, double frequency, double fromSeconds,
                         double toSeconds);
     static double Seconds(const std::vector<std::int16_t>& samples);

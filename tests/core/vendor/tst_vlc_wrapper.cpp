@@ -440,7 +440,7 @@ private:
             qWarning("the recording stalled");
             return -1.0;
         }
-        return Tests::PcmAnalysis::ToneLevel(listener.A(), A, from, to);
+        return Tests::ToneTimeline::Level(listener.A(), A, from, to);
     }
 
     std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
