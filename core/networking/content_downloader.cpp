@@ -1,0 +1,355 @@
+#include "core/networking/content_downloader.h"
+
+#include "core/networking/content_files_helper.h"
+#include "core/utilities/logger.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QNetworkReply>
+#include <QUrl>
+
+#include <algorithm>
+#include <exception>
+
+namespace Core::Networking {
+
+using ContentPlaying::ContentFilesHelper;
+using DataTypes::Playback::ContentType;
+using DataTypes::Playback::Track;
+using Utilities::Logger;
+
+namespace {
+
+bool StartsWith(const std::string& text, const char* prefix)
+{
+    return text.rfind(prefix, 0) == 0;
+}
+
+std::string FileNameOf(const QString& path)
+{
+    return QFileInfo(path).fileName().toStdString();
+}
+
+} // namespace
+
+ContentDownloader::DownloadTask::DownloadTask(const Track& taskTrack, ContentType taskType, int taskPriority)
+    : track(taskTrack)
+    , type(taskType)
+    , priority(taskPriority)
+{
+}
+
+ContentDownloader::ContentDownloader(ContentDownloaderObserver* downloadObserver, QObject* parent)
+    : QObject(parent)
+    , observer(downloadObserver)
+{
+}
+
+ContentDownloader::~ContentDownloader()
+{
+    // Leaves no temporary file behind and no reply calling back into a dead object.
+    StopDownloading();
+}
+
+void ContentDownloader::SetDomains(const std::vector<std::string>& newDomains)
+{
+    domains = newDomains;
+}
+
+void ContentDownloader::SetObjectCode(const std::string& code)
+{
+    objectCode = code;
+}
+
+void ContentDownloader::DownloadTracks(const std::vector<Track>& tracks, const ContentType& type)
+{
+    for (const auto& track : tracks) {
+        DownloadFileForTrack(track, type);
+    }
+}
+
+void ContentDownloader::DownloadFileForTrack(const Track& track, const ContentType& type)
+{
+    if (ContentFilesHelper::FileForTrackExists(track)) {
+        return;
+    }
+    const auto sameTask = [&track, &type](const DownloadTask& task) {
+        return task.track.id == track.id && task.type == type;
+    };
+    if (std::any_of(queue.begin(), queue.end(), sameTask) || (currentReply && sameTask(currentTask))) {
+        return;
+    }
+    queue.emplace_back(track, type, PriorityFromContentType(type));
+    if (!checkingDomain && !downloading) {
+        FindAvailableDomain();
+    }
+}
+
+void ContentDownloader::StopDownloading()
+{
+    queue.clear();
+    checkingDomain = false;
+    ++domainSearch;
+    DropReply();
+    DropOutputFile();
+    // Nothing runs any more: the next queued track has to be able to start again.
+    downloading = false;
+}
+
+bool ContentDownloader::IsIdle() const
+{
+    return !checkingDomain && !downloading;
+}
+
+int ContentDownloader::PriorityFromContentType(const ContentType& type)
+{
+    const int value = static_cast<int>(type);
+    return value < 3 ? 40 - 10 * value : 10;
+}
+
+std::string ContentDownloader::UrlForTask(const DownloadTask& task, const std::string& domain,
+                                          const std::string& objectCode)
+{
+    const std::string& path = task.track.path;
+    if (StartsWith(path, "http:") || StartsWith(path, "https:")) {
+        return path;
+    }
+    return domain + objectCode + "/" + DataTypes::Playback::ContentTypeToString(task.type) + "/" + path;
+}
+
+QNetworkRequest ContentDownloader::CreateDownloadRequest(const QUrl& url)
+{
+    QNetworkRequest request(url);
+    request.setTransferTimeout(StallTimeoutMs);
+    // Full addresses may point at a CDN that redirects; never from HTTPS to HTTP.
+    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::NoLessSafeRedirectPolicy);
+    return request;
+}
+
+void ContentDownloader::FindAvailableDomain()
+{
+    checkingDomain = true;
+    const unsigned search = ++domainSearch;
+    hostChecker.CheckHostsAvailability(
+        domains,
+        [this, search](const std::string& found) {
+            if (search != domainSearch) {
+                return;
+            }
+            checkingDomain = false;
+            domain = found;
+            StartNewDownloadTask();
+        },
+        [this, search] {
+            if (search == domainSearch) {
+                checkingDomain = false;
+            }
+        });
+}
+
+void ContentDownloader::StartNewDownloadTask()
+{
+    // One download at a time: a search that ends while one runs leaves it alone.
+    if (currentReply) {
+        return;
+    }
+    while (!queue.empty()) {
+        downloading = true;
+        // The highest priority wins; among equals the one queued first.
+        const auto next = std::max_element(
+            queue.begin(), queue.end(), [](const auto& a, const auto& b) { return a.priority < b.priority; });
+        currentTask = *next;
+        queue.erase(next);
+        // Another track with the same file name may have brought it meanwhile.
+        if (ContentFilesHelper::FileForTrackExists(currentTask.track)) {
+            continue;
+        }
+
+        const QString temporaryName =
+            QString::fromStdString(ContentFilesHelper::TemporaryFilenameForTrack(currentTask.track));
+        QDir().mkpath(QFileInfo(temporaryName).absolutePath());
+        outputFile.setFileName(temporaryName);
+        // Unbuffered, so that a full disk shows at the write that hit it.
+        if (!outputFile.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
+            Logger::Log("Ошибка при попытке открытия файла на запись " + FileNameOf(temporaryName));
+            CountFailedAttempt();
+            continue;
+        }
+        receivedMd5.reset();
+        receivedBytes = 0;
+
+        const std::string url = UrlForTask(currentTask, domain, objectCode);
+        currentReply = networkAccessManager.get(CreateDownloadRequest(QUrl(QString::fromStdString(url))));
+        connect(currentReply, &QNetworkReply::finished, this, &ContentDownloader::DownloadFinished);
+        connect(currentReply, &QNetworkReply::readyRead, this, &ContentDownloader::DownloadReadyRead);
+        Logger::Log("Начато скачивание файла " + url);
+        return;
+    }
+    downloading = false;
+}
+
+void ContentDownloader::DownloadReadyRead()
+{
+    if (sender() != currentReply || !currentReply) {
+        return;
+    }
+    WriteReceivedData();
+}
+
+bool ContentDownloader::WriteReceivedData()
+{
+    const QByteArray data = currentReply->readAll();
+    if (data.isEmpty()) {
+        return true;
+    }
+    if (outputFile.write(data) == data.size()) {
+        receivedMd5.addData(data);
+        receivedBytes += data.size();
+        return true;
+    }
+    // Most often a full disk. The attempt ends here; the next one may find room
+    // once the cleanup has removed files the schedule no longer needs.
+    Logger::Log("Ошибка записи в файл " + outputFile.fileName().toStdString() + ": " +
+                outputFile.errorString().toStdString());
+    DropReply();
+    DropOutputFile();
+    CountFailedAttempt();
+    StartNewDownloadTask();
+    return false;
+}
+
+void ContentDownloader::DownloadFinished()
+{
+    if (sender() != currentReply || !currentReply) {
+        return;
+    }
+    if (currentReply->error() != QNetworkReply::NoError) {
+        HandleReplyFinishedError();
+        return;
+    }
+    if (!WriteReceivedData()) {
+        return;
+    }
+    HandleReplyFinishedNoError();
+}
+
+void ContentDownloader::HandleReplyFinishedError()
+{
+    Logger::Log("Ошибка скачивания файла " + outputFile.fileName().toStdString());
+    Logger::Log("\t" + currentReply->errorString().toStdString());
+    DropReply();
+    DropOutputFile();
+    CountFailedAttempt();
+    StartNewDownloadTask();
+}
+
+void ContentDownloader::HandleReplyFinishedNoError()
+{
+    // Qt quietly sends a request again when the server drops the connection
+    // mid-body, and hands over the second body after the first one's start: the
+    // length the server announced is the only sign of it.
+    const QVariant announced = currentReply->header(QNetworkRequest::ContentLengthHeader);
+    announcedBytes = announced.isValid() ? announced.toLongLong() : -1;
+    DropReply();
+    bool accepted = false;
+    try {
+        accepted = AcceptDownloadedFile();
+    } catch (const std::exception& exception) {
+        Logger::Log(std::string("Исключение при скачивании файла: ") + exception.what());
+        DropOutputFile();
+        QFile::remove(outputFile.fileName());
+    }
+    if (!accepted) {
+        CountFailedAttempt();
+        StartNewDownloadTask();
+        return;
+    }
+    // The observer may queue more or stop everything; the task is over either way.
+    const DownloadTask finished = currentTask;
+    if (observer) {
+        observer->FileDownloaderDidFinishDownloadingTrack(finished.track, finished.type);
+    }
+    StartNewDownloadTask();
+}
+
+bool ContentDownloader::AcceptDownloadedFile()
+{
+    const QString temporaryName = outputFile.fileName();
+    Logger::Log("Завершено скачивание файла " + temporaryName.toStdString());
+    outputFile.close();
+    const qint64 size = QFileInfo(temporaryName).size();
+
+    if (size == 0) {
+        Logger::Log("\tФайл имеет нулевой размер: " + temporaryName.toStdString());
+        QFile::remove(temporaryName);
+        return false;
+    }
+    if (announcedBytes >= 0 && (receivedBytes != announcedBytes || size != announcedBytes)) {
+        Logger::Log("\tРазмер скачанного файла (" + std::to_string(size) + ") не совпадает с объявленным (" +
+                    std::to_string(announcedBytes) + "): " + temporaryName.toStdString());
+        QFile::remove(temporaryName);
+        return false;
+    }
+
+    const std::string& expectedMd5 = currentTask.track.md5;
+    if (!expectedMd5.empty()) {
+        const std::string receivedHex = receivedMd5.result().toHex().toStdString();
+        Logger::Log("\tmd5 скачанного файла: " + receivedHex);
+        Logger::Log("\tтребуемый md5: " + expectedMd5);
+        if (receivedHex != expectedMd5) {
+            Logger::Log("\tНеверный md5, ошибка скачивания");
+            QFile::remove(temporaryName);
+            return false;
+        }
+        Logger::Log("\tСовпадение md5, успешное скачивание");
+    }
+
+    // A rename is atomic and costs no copying; it only refuses when the final
+    // name is taken, and then the file already there is kept, as a copy would.
+    const QString finalName = QString::fromStdString(ContentFilesHelper::FilenameForTrack(currentTask.track));
+    if (!QFile::rename(temporaryName, finalName)) {
+        QFile::copy(temporaryName, finalName);
+        QFile::remove(temporaryName);
+    }
+    if (!QFileInfo(finalName).isFile()) {
+        Logger::Log("Ошибка перемещения скачанного файла " + temporaryName.toStdString() + " в " +
+                    finalName.toStdString());
+        return false;
+    }
+    return true;
+}
+
+void ContentDownloader::CountFailedAttempt()
+{
+    ++currentTask.attempts;
+    if (currentTask.attempts < MaximumAttempts) {
+        Logger::Log("Количество попыток скачивания не превышено, добавляем в очередь");
+        queue.push_back(currentTask);
+    } else {
+        Logger::Log("Количество попыток скачивания превышено, игнорируем скачивание файла");
+    }
+}
+
+void ContentDownloader::DropReply()
+{
+    if (!currentReply) {
+        return;
+    }
+    QNetworkReply* reply = currentReply;
+    currentReply = nullptr;
+    disconnect(reply, nullptr, this, nullptr);
+    if (reply->isRunning()) {
+        reply->abort();
+    }
+    reply->deleteLater();
+}
+
+void ContentDownloader::DropOutputFile()
+{
+    if (outputFile.isOpen()) {
+        outputFile.close();
+        outputFile.remove();
+    }
+}
+
+} // namespace Core::Networking

@@ -1,0 +1,129 @@
+#pragma once
+
+#include "core/data_types/playback/content_type.h"
+#include "core/data_types/playback/track.h"
+#include "core/networking/content_downloader_observer.h"
+#include "core/networking/host_checker.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QNetworkAccessManager>
+#include <QNetworkRequest>
+#include <QObject>
+
+#include <string>
+#include <vector>
+
+class QNetworkReply;
+class QUrl;
+
+namespace Core::Networking {
+
+// Fills the media cache. Tasks wait in a queue; the first download domain whose
+// host resolves is chosen once, then files come down one at a time, advertising
+// first, then music, video and photos, each into "<name>tmp" beside its final
+// name. Only a file whose size and MD5 check out is moved into place, so the
+// final name never holds half a file, even if the process is killed. A failed
+// attempt (network, write, zero size, digest) is retried until the file has
+// failed three times; then it waits until it is queued again.
+//
+// Every step goes to the event log, which support reads to find out why a point
+// of sale is missing a file. GUI thread only.
+class ContentDownloader : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct DownloadTask
+    {
+        DownloadTask() = default;
+        DownloadTask(const DataTypes::Playback::Track& track, DataTypes::Playback::ContentType type,
+                     int priority);
+
+        DataTypes::Playback::Track track;
+        DataTypes::Playback::ContentType type = DataTypes::Playback::ContentType::Clip;
+        int priority = 0;
+        int attempts = 0;
+    };
+
+    static constexpr int MaximumAttempts = 3;
+    // A download that receives nothing for this long fails and is retried, so a
+    // stalled connection cannot hold up the whole queue.
+    static constexpr int StallTimeoutMs = 30000;
+
+    explicit ContentDownloader(ContentDownloaderObserver* observer, QObject* parent = nullptr);
+    ~ContentDownloader() override;
+
+    ContentDownloader(const ContentDownloader&) = delete;
+    ContentDownloader& operator=(const ContentDownloader&) = delete;
+
+    // The configuration's download domains, tried in this order.
+    void SetDomains(const std::vector<std::string>& domains);
+    // The signed-in playback object's code, a segment of every download URL; the
+    // user environment sets it, and it stays empty without a signed-in object.
+    void SetObjectCode(const std::string& code);
+
+    void DownloadTracks(const std::vector<DataTypes::Playback::Track>& tracks,
+                        const DataTypes::Playback::ContentType& type);
+    // Queues the track unless its file is cached or it is queued already.
+    void DownloadFileForTrack(const DataTypes::Playback::Track& track,
+                              const DataTypes::Playback::ContentType& type);
+    // Forgets the queue and abandons the running download with its temporary file.
+    void StopDownloading();
+
+    // Neither looking for a domain nor downloading.
+    bool IsIdle() const;
+
+    // Advertising 40, music 30, video 20, photo 10.
+    static int PriorityFromContentType(const DataTypes::Playback::ContentType& type);
+    // A server path that is a whole "http:" or "https:" address is used as it is;
+    // any other is looked for under the domain, the object's code and the type.
+    static std::string UrlForTask(const DownloadTask& task, const std::string& domain,
+                                  const std::string& objectCode);
+    // What every download is sent with.
+    static QNetworkRequest CreateDownloadRequest(const QUrl& url);
+
+private slots:
+    void DownloadReadyRead();
+    void DownloadFinished();
+
+private:
+    void FindAvailableDomain();
+    void StartNewDownloadTask();
+    // Writes what has arrived; false after a write failure has ended the task.
+    bool WriteReceivedData();
+    void HandleReplyFinishedError();
+    void HandleReplyFinishedNoError();
+    // Checks the finished temporary file and moves it into place; false when
+    // the attempt failed (already logged).
+    bool AcceptDownloadedFile();
+    // Counts a failed attempt of the current task and queues it again while
+    // attempts are left. The caller starts the next task.
+    void CountFailedAttempt();
+    void DropReply();
+    void DropOutputFile();
+
+    ContentDownloaderObserver* observer;
+    bool checkingDomain = false;
+    bool downloading = false;
+    // Bumped by StopDownloading, so that the answer of an abandoned domain
+    // search cannot start a second download beside a newer one.
+    unsigned domainSearch = 0;
+    HostChecker hostChecker;
+    std::vector<std::string> domains;
+    std::string domain;
+    std::string objectCode;
+    std::vector<DownloadTask> queue;
+    DownloadTask currentTask;
+    QNetworkAccessManager networkAccessManager;
+    QNetworkReply* currentReply = nullptr;
+    QFile outputFile;
+    // The digest is taken as the bytes arrive, which spares reading the file
+    // back; it is the digest of exactly what was written.
+    QCryptographicHash receivedMd5{QCryptographicHash::Md5};
+    qint64 receivedBytes = 0;
+    // The reply's Content-Length, -1 without one (or when Qt decompressed it).
+    qint64 announcedBytes = -1;
+};
+
+} // namespace Core::Networking
