@@ -174,6 +174,9 @@ QLabel* PhotoBlock::PictureLabel()
     } else {
         layout->addWidget(label);
     }
+    // A layout shows a new child of a visible widget only once the event loop
+    // runs; the picture is meant to be there at once.
+    label->show();
     return label;
 }
 

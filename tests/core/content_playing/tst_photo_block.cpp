@@ -1,0 +1,273 @@
+#include "core/content_playing/photo_block.h"
+#include "core/settings.h"
+#include "tests/core/content_playing/playback_test_tracks.h"
+#include "tests/core/content_playing/recording_block_observer.h"
+#include "tests/support/test_data_directory.h"
+#include "tests/support/test_timeouts.h"
+
+#include <QElapsedTimer>
+#include <QHBoxLayout>
+#include <QImage>
+#include <QLabel>
+#include <QWidget>
+#include <QtTest>
+
+#include <memory>
+
+using Core::Settings;
+using Core::ContentPlaying::PhotoBlock;
+using Core::DataTypes::Playback::ContentType;
+using Core::DataTypes::Playback::Track;
+using Tests::PlaybackTestTracks;
+
+namespace {
+
+// The solid colours of the generated photos.
+const QColor Landscape(0x20, 0x60, 0xc0);
+const QColor Portrait(0xc0, 0x60, 0x20);
+
+Track Photo(int id, const QString& media)
+{
+    return PlaybackTestTracks::Cached(id, ContentType::Photo, media);
+}
+
+Track Missing(int id)
+{
+    return PlaybackTestTracks::Make(id, ContentType::Photo, QStringLiteral("missing_%1.jpg").arg(id));
+}
+
+bool Near(QColor a, QColor b)
+{
+    return std::abs(a.red() - b.red()) < 12 && std::abs(a.green() - b.green()) < 12 &&
+           std::abs(a.blue() - b.blue()) < 12;
+}
+
+// Whether all four corners and the centre of the widget show the colour: the
+// picture covers the widget.
+bool Covers(QWidget& widget, QColor colour)
+{
+    const QImage image = widget.grab().toImage();
+    const int w = image.width() - 1;
+    const int h = image.height() - 1;
+    for (const QPoint point :
+         {QPoint(0, 0), QPoint(w, 0), QPoint(0, h), QPoint(w, h), QPoint(w / 2, h / 2)}) {
+        if (!Near(image.pixelColor(point), colour)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+QLabel* PictureLabel(QWidget& widget)
+{
+    if (widget.layout() == nullptr || widget.layout()->count() == 0) {
+        return nullptr;
+    }
+    return qobject_cast<QLabel*>(widget.layout()->itemAt(0)->widget());
+}
+
+} // namespace
+
+// The photo slideshow on an offscreen widget: each photo for the settings' number
+// of seconds, wrapping round, scaled to cover the widget; a single photo stays.
+class PhotoBlockTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        dataDirectory = std::make_unique<Tests::TestDataDirectory>();
+        QVERIFY(dataDirectory->IsValid());
+        Settings::SetPhotosDurationSeconds(1);
+        observer = std::make_unique<Tests::RecordingBlockObserver>();
+        widget = std::make_unique<QWidget>();
+        widget->resize(300, 300);
+        widget->show();
+    }
+
+    void cleanup()
+    {
+        widget.reset();
+        observer.reset();
+        dataDirectory.reset();
+    }
+
+    void photosCoverTheWidgetInTurnAndWrap()
+    {
+        PhotoBlock block({Missing(1), Photo(2, QStringLiteral("photo_landscape.jpg")),
+                          Photo(3, QStringLiteral("photo_portrait.jpg"))});
+        QCOMPARE(block.GetContentType(), ContentType::Photo);
+        QVERIFY(block.HasAnyDownloadedFile());
+        block.SetObserver(observer.get());
+        block.SetPhotoWidget(widget.get());
+        QElapsedTimer clock;
+        clock.start();
+        block.Start();
+
+        QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{2}));
+        QVERIFY(!observer->starts.front().resumed);
+        QLabel* label = PictureLabel(*widget);
+        QVERIFY(label != nullptr);
+        // 640×360 into 300×300: scaled until the height fits, the sides cut off.
+        QCOMPARE(label->pixmap(Qt::ReturnByValue).size(), QSize(533, 300));
+        QCOMPARE(label->geometry(), widget->rect());
+        QVERIFY(Covers(*widget, Landscape));
+
+        QTRY_COMPARE_WITH_TIMEOUT(observer->StartCount(), 2, Tests::Timeouts::Quick);
+        const qint64 firstChange = clock.elapsed();
+        QVERIFY2(firstChange >= 900, qPrintable(QString::number(firstChange)));
+        QCOMPARE(observer->starts.back().trackId, 3);
+        QCOMPARE(label->pixmap(Qt::ReturnByValue).size(), QSize(300, 533));
+        QVERIFY(Covers(*widget, Portrait));
+        // The same label is used again, not a new one each time.
+        QCOMPARE(PictureLabel(*widget), label);
+        QCOMPARE(widget->findChildren<QLabel*>().size(), 1);
+
+        QTRY_COMPARE_WITH_TIMEOUT(observer->StartCount(), 3, Tests::Timeouts::Quick);
+        QCOMPARE(observer->starts.back().trackId, 2);
+        QVERIFY(Covers(*widget, Landscape));
+        QVERIFY2(clock.elapsed() - firstChange >= 900, "the photo did not stay for its duration");
+    }
+
+    void nextPreviousAndChosenPhoto()
+    {
+        PhotoBlock block({Missing(1), Photo(2, QStringLiteral("photo_landscape.jpg")),
+                          Photo(3, QStringLiteral("photo_portrait.jpg"))});
+        block.SetObserver(observer.get());
+        block.SetPhotoWidget(widget.get());
+        // Not started: nothing moves.
+        block.GoToNextTrack();
+        block.PlayTrack(3);
+        QCOMPARE(observer->StartCount(), 0);
+
+        block.Start();
+        block.GoToPreviousTrack();
+        block.GoToPreviousTrack();
+        block.GoToNextTrack();
+        block.PlayTrack(2);
+        // A missing or unknown photo changes nothing.
+        block.PlayTrack(1);
+        block.PlayTrack(99);
+        QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{2, 3, 2, 3, 2}));
+        QVERIFY(Covers(*widget, Landscape));
+    }
+
+    void aSinglePhotoStays()
+    {
+        PhotoBlock block({Photo(1, QStringLiteral("photo_portrait.jpg")), Missing(2)});
+        block.SetObserver(observer.get());
+        block.SetPhotoWidget(widget.get());
+        block.Start();
+        block.GoToNextTrack();
+        QVERIFY(!QTest::qWaitFor([this]() { return observer->StartCount() > 1; }, 1500));
+        QCOMPARE(observer->StartCount(), 1);
+        QVERIFY(Covers(*widget, Portrait));
+    }
+
+    void withoutAWidgetTheStartIsReportedButNothingAdvances()
+    {
+        PhotoBlock block({Photo(1, QStringLiteral("photo_landscape.jpg")),
+                          Photo(2, QStringLiteral("photo_portrait.jpg"))});
+        block.SetObserver(observer.get());
+        block.Start();
+        QCOMPARE(observer->StartCount(), 1);
+        QVERIFY(!QTest::qWaitFor([this]() { return observer->StartCount() > 1; }, 1500));
+        // A resume without a widget does not run the timer either.
+        block.Pause();
+        block.Start();
+        QVERIFY(!QTest::qWaitFor([this]() { return observer->StartCount() > 1; }, 1500));
+
+        // Given a widget, the current photo is shown and the slideshow runs.
+        block.SetPhotoWidget(widget.get());
+        QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 1}));
+        QVERIFY(Covers(*widget, Landscape));
+        QTRY_COMPARE_WITH_TIMEOUT(observer->StartCount(), 3, Tests::Timeouts::Quick);
+        QCOMPARE(observer->starts.back().trackId, 2);
+    }
+
+    void missingPhotosShowNothing()
+    {
+        PhotoBlock block({Missing(1), Missing(2)});
+        QVERIFY(!block.HasAnyDownloadedFile());
+        QVERIFY(PhotoBlock({}).HasAnyDownloadedFile());
+        block.SetObserver(observer.get());
+        block.SetPhotoWidget(widget.get());
+        block.Start();
+        block.GoToNextTrack();
+        QCOMPARE(observer->StartCount(), 0);
+        QVERIFY(PictureLabel(*widget) == nullptr);
+    }
+
+    void pauseHoldsThePhotoAndStartResumes()
+    {
+        PhotoBlock block({Photo(1, QStringLiteral("photo_landscape.jpg")),
+                          Photo(2, QStringLiteral("photo_portrait.jpg"))});
+        block.SetObserver(observer.get());
+        block.SetPhotoWidget(widget.get());
+        block.Start();
+        block.Pause();
+        QVERIFY(!QTest::qWaitFor([this]() { return observer->StartCount() > 1; }, 1500));
+        block.Start();
+        QTRY_COMPARE_WITH_TIMEOUT(observer->StartCount(), 2, Tests::Timeouts::Quick);
+        QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 2}));
+
+        // Stopped, it is idle; started again it begins with the first photo.
+        block.Stop();
+        QVERIFY(!QTest::qWaitFor([this]() { return observer->StartCount() > 2; }, 1500));
+        block.Start();
+        QCOMPARE(observer->starts.back().trackId, 1);
+    }
+
+    void aBrokenPhotoLeavesThePreviousOneOnShow()
+    {
+        PhotoBlock block(
+            {Photo(1, QStringLiteral("photo_landscape.jpg")), Photo(2, QStringLiteral("broken.jpg"))});
+        block.SetObserver(observer.get());
+        block.SetPhotoWidget(widget.get());
+        block.Start();
+        block.GoToNextTrack();
+        QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 2}));
+        QVERIFY(Covers(*widget, Landscape));
+        QVERIFY2(PlaybackTestTracks::EventLog().contains(QStringLiteral("Не удалось открыть изображение ")),
+                 qPrintable(PlaybackTestTracks::EventLog()));
+        // The slideshow goes on past it.
+        QTRY_COMPARE_WITH_TIMEOUT(observer->StartCount(), 3, Tests::Timeouts::Quick);
+    }
+
+    void refreshFitsAResizedWidget()
+    {
+        PhotoBlock block({Photo(1, QStringLiteral("photo_portrait.jpg"))});
+        block.SetPhotoWidget(widget.get());
+        block.Start();
+        widget->resize(200, 500);
+        block.RefreshPhoto();
+        QLabel* label = PictureLabel(*widget);
+        QVERIFY(label != nullptr);
+        // 360×640 into 200×500: the width is the limit (281×500 would leave a gap).
+        QCOMPARE(label->pixmap(Qt::ReturnByValue).size(), QSize(281, 500));
+        QVERIFY(Covers(*widget, Portrait));
+        // A larger picture does not make the widget grow.
+        QCOMPARE(widget->size(), QSize(200, 500));
+    }
+
+    void aWidgetWithALayoutOfItsOwnGetsTheLabelFirst()
+    {
+        auto* layout = new QHBoxLayout(widget.get());
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->addWidget(new QWidget(widget.get()));
+        PhotoBlock block({Photo(1, QStringLiteral("photo_landscape.jpg"))});
+        block.SetPhotoWidget(widget.get());
+        block.Start();
+        QVERIFY(PictureLabel(*widget) != nullptr);
+        QVERIFY(!PictureLabel(*widget)->pixmap(Qt::ReturnByValue).isNull());
+    }
+
+private:
+    std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
+    std::unique_ptr<Tests::RecordingBlockObserver> observer;
+    std::unique_ptr<QWidget> widget;
+};
+
+QTEST_MAIN(PhotoBlockTest)
+#include "tst_photo_block.moc"
