@@ -224,6 +224,7 @@ private slots:
         TrackListPlayer player({Music(1, QStringLiteral("music_a.mp3"))}, 100, observer.get(), false, true);
         player.Start();
         QTRY_VERIFY_WITH_TIMEOUT(observer->progress.size() >= 4, Tests::Timeouts::Playback);
+        QVERIFY(WaitUntilHeard(ToneA));
         const double heard = ListenTo(ToneA, 0.4);
         QVERIFY2(heard > Heard, qPrintable(QString::number(heard)));
 
@@ -261,7 +262,7 @@ private slots:
         QVERIFY2(listener->Start(), qPrintable(listener->ErrorString()));
         TrackListPlayer player({Music(1, QStringLiteral("music_a.mp3"))}, 100, observer.get(), false, true);
         player.Start();
-        QTRY_VERIFY_WITH_TIMEOUT(observer->progress.size() >= 2, Tests::Timeouts::Playback);
+        QVERIFY(WaitUntilHeard(ToneA));
 
         const double full = ListenTo(ToneA, 0.4);
         player.SetVolume(70);
@@ -369,7 +370,7 @@ private slots:
         {
             TrackListPlayer player({track}, 100, observer.get(), false, true);
             player.Start();
-            QTRY_VERIFY_WITH_TIMEOUT(observer->progress.size() >= 2, Tests::Timeouts::Playback);
+            QVERIFY(WaitUntilHeard(ToneA));
             plain = ListenTo(ToneA, 0.4);
         }
         Settings::SetUseEqualizer(true);
@@ -385,6 +386,15 @@ private slots:
     }
 
 private:
+    // Waits until the tone sounds on the default sink.
+    bool WaitUntilHeard(double frequency)
+    {
+        const double from = listener->SecondsRecorded();
+        return QTest::qWaitFor(
+            [&]() { return Tests::ToneTimeline::FirstHeard(listener->A(), frequency, Heard, from) >= 0; },
+            Tests::Timeouts::Playback);
+    }
+
     // The level of a tone on the default sink over the next `seconds`, after a
     // moment for the change just made to reach the sink.
     double ListenTo(double frequency, double seconds, double settle = 0.35)

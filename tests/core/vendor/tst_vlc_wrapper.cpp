@@ -98,6 +98,9 @@ private slots:
     {
         QFETCH(QString, media);
         QFETCH(double, seconds);
+        // A running sink plays in real time from the first moment (see SinkKeepAlive).
+        Tests::TwoSinkListener listener;
+        QVERIFY2(listener.Start(), qPrintable(listener.ErrorString()));
         VlcWrapper player;
         QSignalSpy statuses(&player, &VlcWrapper::mediaStatusChanged);
         QSignalSpy positions(&player, &VlcWrapper::positionChanged);
