@@ -153,6 +153,15 @@ void ContentDownloader::StartNewDownloadTask()
     if (currentReply) {
         return;
     }
+    while (SendNextRequest()) {
+        if (OpenCurrentOutputFile()) {
+            return;
+        }
+    }
+}
+
+bool ContentDownloader::SendNextRequest()
+{
     while (!queue.empty()) {
         downloading = true;
         // The highest priority wins; among equals the one queued first.
@@ -164,33 +173,51 @@ void ContentDownloader::StartNewDownloadTask()
         if (ContentFilesHelper::FileForTrackExists(currentTask.track)) {
             continue;
         }
-
-        const QString temporaryName =
-            QString::fromStdString(ContentFilesHelper::TemporaryFilenameForTrack(currentTask.track));
-        QDir().mkpath(QFileInfo(temporaryName).absolutePath());
-        outputFile.setFileName(temporaryName);
-        // Unbuffered, so that a full disk shows at the write that hit it.
-        if (!outputFile.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)) {
-            Logger::Log("Ошибка при попытке открытия файла на запись " + FileNameOf(temporaryName));
-            CountFailedAttempt();
-            continue;
-        }
-        receivedMd5.reset();
-        receivedBytes = 0;
-
-        const std::string url = UrlForTask(currentTask, domain, objectCode);
-        currentReply = networkAccessManager.get(CreateDownloadRequest(QUrl(QString::fromStdString(url))));
+        currentUrl = UrlForTask(currentTask, domain, objectCode);
+        currentReply =
+            networkAccessManager.get(CreateDownloadRequest(QUrl(QString::fromStdString(currentUrl))));
         connect(currentReply, &QNetworkReply::finished, this, &ContentDownloader::DownloadFinished);
         connect(currentReply, &QNetworkReply::readyRead, this, &ContentDownloader::DownloadReadyRead);
-        Logger::Log("Начато скачивание файла " + url);
-        return;
+        return true;
     }
     downloading = false;
+    return false;
+}
+
+bool ContentDownloader::OpenCurrentOutputFile()
+{
+    // Nothing of the reply is handled before we are back in the event loop, so
+    // the file is always open by the time data arrives.
+    const QString temporaryName =
+        QString::fromStdString(ContentFilesHelper::TemporaryFilenameForTrack(currentTask.track));
+    if (!OpenOutputFile(temporaryName)) {
+        DropReply();
+        Logger::Log("Ошибка при попытке открытия файла на запись " + FileNameOf(temporaryName));
+        CountFailedAttempt(currentTask);
+        return false;
+    }
+    receivedMd5.reset();
+    receivedBytes = 0;
+    Logger::Log("Начато скачивание файла " + currentUrl);
+    return true;
+}
+
+bool ContentDownloader::OpenOutputFile(const QString& name)
+{
+    outputFile.setFileName(name);
+    // Unbuffered, so that a full disk shows at the write that hit it.
+    const QIODevice::OpenMode mode = QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered;
+    if (outputFile.open(mode)) {
+        return true;
+    }
+    // The folder is made only when missing: the cleanup at sign-out removes it.
+    return QDir().mkpath(QFileInfo(name).absolutePath()) && outputFile.open(mode);
 }
 
 void ContentDownloader::DownloadReadyRead()
 {
-    if (sender() != currentReply || !currentReply) {
+    // Until its file is open the data waits in the reply.
+    if (sender() != currentReply || !currentReply || !outputFile.isOpen()) {
         return;
     }
     WriteReceivedData();
@@ -203,7 +230,9 @@ bool ContentDownloader::WriteReceivedData()
         return true;
     }
     if (outputFile.write(data) == data.size()) {
-        receivedMd5.addData(data);
+        if (!currentTask.track.md5.empty()) {
+            receivedMd5.addData(data);
+        }
         receivedBytes += data.size();
         return true;
     }
@@ -213,7 +242,7 @@ bool ContentDownloader::WriteReceivedData()
                 outputFile.errorString().toStdString());
     DropReply();
     DropOutputFile();
-    CountFailedAttempt();
+    CountFailedAttempt(currentTask);
     StartNewDownloadTask();
     return false;
 }
@@ -239,44 +268,55 @@ void ContentDownloader::HandleReplyFinishedError()
     Logger::Log("\t" + currentReply->errorString().toStdString());
     DropReply();
     DropOutputFile();
-    CountFailedAttempt();
+    CountFailedAttempt(currentTask);
     StartNewDownloadTask();
 }
 
 void ContentDownloader::HandleReplyFinishedNoError()
 {
     // Qt quietly sends a request again when the server drops the connection
-    // mid-body, and hands over the second body after the first one's start: the
-    // length the server announced is the only sign of it.
+    // mid-body, and may then report half a body as complete: the length the
+    // server announced is the only sign of it.
     const QVariant announced = currentReply->header(QNetworkRequest::ContentLengthHeader);
-    announcedBytes = announced.isValid() ? announced.toLongLong() : -1;
+    const qint64 announcedBytes = announced.isValid() ? announced.toLongLong() : -1;
     DropReply();
+    const DownloadTask finished = currentTask;
+    const QString temporaryName = outputFile.fileName();
+    outputFile.close();
+
     bool accepted = false;
     try {
-        accepted = AcceptDownloadedFile();
+        accepted = CheckDownloadedFile(finished, temporaryName, announcedBytes);
     } catch (const std::exception& exception) {
         Logger::Log(std::string("Исключение при скачивании файла: ") + exception.what());
-        DropOutputFile();
-        QFile::remove(outputFile.fileName());
+        QFile::remove(temporaryName);
     }
     if (!accepted) {
-        CountFailedAttempt();
+        CountFailedAttempt(finished);
         StartNewDownloadTask();
         return;
     }
-    // The observer may queue more or stop everything; the task is over either way.
-    const DownloadTask finished = currentTask;
-    if (observer) {
+
+    // The next request goes out before this file is moved into place and
+    // announced, so that the server and Qt's network thread work meanwhile.
+    // The finished transfer is complete: still only one runs at a time.
+    SendNextRequest();
+    if (!MoveIntoPlace(finished, temporaryName)) {
+        CountFailedAttempt(finished);
+    } else if (observer) {
+        // The observer may queue more or stop everything.
         observer->FileDownloaderDidFinishDownloadingTrack(finished.track, finished.type);
+    }
+    if (currentReply && !outputFile.isOpen() && OpenCurrentOutputFile()) {
+        return;
     }
     StartNewDownloadTask();
 }
 
-bool ContentDownloader::AcceptDownloadedFile()
+bool ContentDownloader::CheckDownloadedFile(const DownloadTask& task, const QString& temporaryName,
+                                            qint64 announcedBytes)
 {
-    const QString temporaryName = outputFile.fileName();
     Logger::Log("Завершено скачивание файла " + temporaryName.toStdString());
-    outputFile.close();
     const qint64 size = QFileInfo(temporaryName).size();
 
     if (size == 0) {
@@ -291,7 +331,7 @@ bool ContentDownloader::AcceptDownloadedFile()
         return false;
     }
 
-    const std::string& expectedMd5 = currentTask.track.md5;
+    const std::string& expectedMd5 = task.track.md5;
     if (!expectedMd5.empty()) {
         const std::string receivedHex = receivedMd5.result().toHex().toStdString();
         Logger::Log("\tmd5 скачанного файла: " + receivedHex);
@@ -303,10 +343,14 @@ bool ContentDownloader::AcceptDownloadedFile()
         }
         Logger::Log("\tСовпадение md5, успешное скачивание");
     }
+    return true;
+}
 
+bool ContentDownloader::MoveIntoPlace(const DownloadTask& task, const QString& temporaryName)
+{
     // A rename is atomic and costs no copying; it only refuses when the final
     // name is taken, and then the file already there is kept, as a copy would.
-    const QString finalName = QString::fromStdString(ContentFilesHelper::FilenameForTrack(currentTask.track));
+    const QString finalName = QString::fromStdString(ContentFilesHelper::FilenameForTrack(task.track));
     if (!QFile::rename(temporaryName, finalName)) {
         QFile::copy(temporaryName, finalName);
         QFile::remove(temporaryName);
@@ -319,12 +363,12 @@ bool ContentDownloader::AcceptDownloadedFile()
     return true;
 }
 
-void ContentDownloader::CountFailedAttempt()
+void ContentDownloader::CountFailedAttempt(DownloadTask task)
 {
-    ++currentTask.attempts;
-    if (currentTask.attempts < MaximumAttempts) {
+    ++task.attempts;
+    if (task.attempts < MaximumAttempts) {
         Logger::Log("Количество попыток скачивания не превышено, добавляем в очередь");
-        queue.push_back(currentTask);
+        queue.push_back(std::move(task));
     } else {
         Logger::Log("Количество попыток скачивания превышено, игнорируем скачивание файла");
     }

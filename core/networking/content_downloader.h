@@ -11,6 +11,7 @@
 #include <QNetworkRequest>
 #include <QObject>
 
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -89,17 +90,26 @@ private slots:
 
 private:
     void FindAvailableDomain();
+    // Starts the next queued task, skipping and counting those whose file cannot
+    // be opened.
     void StartNewDownloadTask();
+    // Sends the request of the next queued task; false when none is left.
+    bool SendNextRequest();
+    // Opens the current task's temporary file; on failure drops its request and
+    // counts the attempt.
+    bool OpenCurrentOutputFile();
+    // Opens the temporary file for writing, making its folder when missing.
+    bool OpenOutputFile(const QString& name);
     // Writes what has arrived; false after a write failure has ended the task.
     bool WriteReceivedData();
     void HandleReplyFinishedError();
     void HandleReplyFinishedNoError();
-    // Checks the finished temporary file and moves it into place; false when
-    // the attempt failed (already logged).
-    bool AcceptDownloadedFile();
-    // Counts a failed attempt of the current task and queues it again while
-    // attempts are left. The caller starts the next task.
-    void CountFailedAttempt();
+    // Size and digest of a finished temporary file; a file that fails is removed.
+    bool CheckDownloadedFile(const DownloadTask& task, const QString& temporaryName, qint64 announcedBytes);
+    bool MoveIntoPlace(const DownloadTask& task, const QString& temporaryName);
+    // Counts a failed attempt and queues the task again while attempts are left.
+    // The caller starts the next task.
+    void CountFailedAttempt(DownloadTask task);
     void DropReply();
     void DropOutputFile();
 
@@ -113,8 +123,9 @@ private:
     std::vector<std::string> domains;
     std::string domain;
     std::string objectCode;
-    std::vector<DownloadTask> queue;
+    std::deque<DownloadTask> queue;
     DownloadTask currentTask;
+    std::string currentUrl;
     QNetworkAccessManager networkAccessManager;
     QNetworkReply* currentReply = nullptr;
     QFile outputFile;
@@ -122,8 +133,6 @@ private:
     // back; it is the digest of exactly what was written.
     QCryptographicHash receivedMd5{QCryptographicHash::Md5};
     qint64 receivedBytes = 0;
-    // The reply's Content-Length, -1 without one (or when Qt decompressed it).
-    qint64 announcedBytes = -1;
 };
 
 } // namespace Core::Networking
