@@ -172,35 +172,33 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(m_screenSaver.released, m_screenSaver.issued, Tests::Timeouts::Quick);
     }
 
-    // Start and stop in quick succession, faster than the session answers: one
-    // inhibit is made, and its cookie is released as soon as it arrives.
-    void stoppedBeforeTheAnswerReleasesTheLateCookie()
+    // Calls in quick succession, faster than the session answers ('+' start,
+    // '-' stop): one inhibit is made, kept if the last call was a start, and its
+    // cookie released once the player stops.
+    void changesOfMindBeforeTheAnswer_data()
     {
+        QTest::addColumn<QByteArray>("calls");
+        QTest::newRow("stopped before the answer") << QByteArray("+-+-");
+        QTest::newRow("restarted before the answer") << QByteArray("+-+");
+    }
+
+    void changesOfMindBeforeTheAnswer()
+    {
+        QFETCH(QByteArray, calls);
         const int issuedBefore = m_screenSaver.issued.size();
-        AwakeHelper::KeepAwake(true);
-        AwakeHelper::KeepAwake(false);
-        AwakeHelper::KeepAwake(true);
-        AwakeHelper::KeepAwake(false);
-        QTRY_COMPARE_WITH_TIMEOUT(m_screenSaver.released.size(), issuedBefore + 1, Tests::Timeouts::Quick);
+        const int releasedBefore = m_screenSaver.released.size();
+        for (const char call : calls) {
+            AwakeHelper::KeepAwake(call == '+');
+        }
+        if (calls.endsWith('+')) {
+            QTRY_VERIFY_WITH_TIMEOUT(AwakeHelper::IsKeepingAwake(), Tests::Timeouts::Quick);
+            QCOMPARE(m_screenSaver.released.size(), releasedBefore);
+            AwakeHelper::KeepAwake(false);
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(m_screenSaver.released.size(), releasedBefore + 1, Tests::Timeouts::Quick);
         QCOMPARE(m_screenSaver.issued.size(), issuedBefore + 1);
         QCOMPARE(m_screenSaver.released.last(), m_screenSaver.issued.last());
         QVERIFY(!AwakeHelper::IsKeepingAwake());
-    }
-
-    // Stopped and started again before the answer: the inhibit stays held.
-    void restartedBeforeTheAnswerKeepsTheInhibit()
-    {
-        const int issuedBefore = m_screenSaver.issued.size();
-        const int releasedBefore = m_screenSaver.released.size();
-        AwakeHelper::KeepAwake(true);
-        AwakeHelper::KeepAwake(false);
-        AwakeHelper::KeepAwake(true);
-        QTRY_VERIFY_WITH_TIMEOUT(AwakeHelper::IsKeepingAwake(), Tests::Timeouts::Quick);
-        QCOMPARE(m_screenSaver.released.size(), releasedBefore);
-        AwakeHelper::KeepAwake(false);
-        QTRY_COMPARE_WITH_TIMEOUT(m_screenSaver.released.size(), releasedBefore + 1, Tests::Timeouts::Quick);
-        QCOMPARE(m_screenSaver.released.last(), m_screenSaver.issued.last());
-        QCOMPARE(m_screenSaver.issued.size(), issuedBefore + 1);
     }
 };
 
