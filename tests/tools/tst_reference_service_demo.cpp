@@ -81,14 +81,14 @@ private slots:
         QCOMPARE(demo.value(QStringLiteral("url")).toString(), service->BaseUrl());
     }
 
-    void everyDayIsCoveredFromMidnightToMidnight_data()
+    void everyDayIsCoveredFromMidnightToMidnightWithAds_data()
     {
         QTest::addColumn<QString>("code");
         QTest::newRow("cafe") << "demo-cafe";
         QTest::newRow("shop") << "demo-shop";
     }
 
-    void everyDayIsCoveredFromMidnightToMidnight()
+    void everyDayIsCoveredFromMidnightToMidnightWithAds()
     {
         QFETCH(QString, code);
         const QJsonObject configuration = ConfigurationOf(code);
@@ -102,10 +102,12 @@ private slots:
         const QDate today = QDate::fromString(days.at(0).toObject().value(QStringLiteral("date")).toString(),
                                               QStringLiteral("dd.MM.yyyy"));
         QVERIFY(today.isValid());
+        QSet<QString> dates;
         for (int d = 0; d < days.size(); ++d) {
             const QJsonObject day = days.at(d).toObject();
             QCOMPARE(day.value(QStringLiteral("date")).toString(),
                      today.addDays(d).toString(QStringLiteral("dd.MM.yyyy")));
+            dates.insert(day.value(QStringLiteral("date")).toString());
             const QJsonArray periods = day.value(QStringLiteral("periods")).toArray();
             QStringList names;
             QSet<int> musicPlaylists;
@@ -148,22 +150,9 @@ private slots:
                                         .arg(track.toInt())));
             }
         }
-    }
 
-    void adsComeEveryFifteenToThirtyMinutes_data()
-    {
-        everyDayIsCoveredFromMidnightToMidnight_data();
-    }
-
-    void adsComeEveryFifteenToThirtyMinutes()
-    {
-        QFETCH(QString, code);
-        const QJsonObject configuration = ConfigurationOf(code);
-        const QSet<int> clips = TrackIds(configuration).value(QStringLiteral("clip"));
-        QSet<QString> dates;
-        for (const QJsonValue& day : configuration.value(QStringLiteral("schedule")).toArray()) {
-            dates.insert(day.toObject().value(QStringLiteral("date")).toString());
-        }
+        // Ads every 15 to 30 minutes round the clock, each block on every day.
+        const QSet<int> clips = ids.value(QStringLiteral("clip"));
         const QJsonArray blocks = configuration.value(QStringLiteral("ads")).toArray();
         QVERIFY(blocks.size() >= 48);
         int previous = -1;
@@ -244,9 +233,7 @@ private slots:
                     client->Get(QStringLiteral("/api/v1/demo-cafe/playlists/%1/%2").arg(type).arg(id),
                                 ApiClient::Token(token));
                 QVERIFY(!tracks.Json()
-                             .value(QStringLiteral("data"))
-                             .toObject()
-                             .value(QStringLiteral("tracks"))
+                             .value(QStringLiteral("data"))[QStringLiteral("tracks")]
                              .toArray()
                              .isEmpty());
             }
