@@ -61,6 +61,11 @@ private:
         return keys;
     }
 
+    static QString Compact(const QJsonObject& object)
+    {
+        return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    }
+
     static QString Md5(const QByteArray& bytes)
     {
         return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Md5).toHex());
@@ -196,75 +201,97 @@ private slots:
         QVERIFY2(service->Stop(), qPrintable(service->ErrorString()));
     }
 
-    void serversListNamesTheServiceItselfAndSpeaksEnglishOnRequest()
+    // Whole replies, compared key by key, in the shapes the player reads; @ORIGIN@
+    // is the service's own "http://127.0.0.1:PORT/".
+    void repliesHaveThePlayersShapes_data()
     {
-        const QString path = QStringLiteral("/api/player/legacy/v1/auth/servers");
-        const auto russian = client->Get(path);
-        QVERIFY2(IsSuccess(russian), qPrintable(Describe(russian)));
-        const QJsonArray servers = russian.Json().value(QStringLiteral("servers")).toArray();
-        QCOMPARE(servers.size(), 2);
-        const QJsonObject first = servers.at(0).toObject();
-        QVERIFY(service->BaseUrl().startsWith(QStringLiteral("http://127.0.0.1:")));
-        QCOMPARE(first.value(QStringLiteral("url")).toString(), service->BaseUrl());
-        QCOMPARE(first.value(QStringLiteral("privacy_policy_url")).toString(),
-                 service->Origin() + QStringLiteral("privacy"));
-        QCOMPARE(first.value(QStringLiteral("name")).toString(), QStringLiteral("Тестовый сервер"));
-        QCOMPARE(Keys(first),
-                 QStringList({"email", "id", "is_primary", "landing_url", "name", "phone",
-                              "phone_country_code", "phone_symbol_len", "privacy_policy_url", "url"}));
-        QCOMPARE(servers.at(1).toObject().value(QStringLiteral("url")).toString(),
-                 QStringLiteral("http://backup.invalid/api/v1/"));
-
-        const QJsonArray english =
-            client->Get(path + QStringLiteral("?lang=en")).Json().value(QStringLiteral("servers")).toArray();
-        QCOMPARE(english.at(0).toObject().value(QStringLiteral("name")).toString(),
-                 QStringLiteral("Test server"));
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<QByteArray>("objectsLogin");
+        QTest::addColumn<QByteArray>("expected");
+        const auto row = [](const char* name, const char* target, const QByteArray& expected,
+                            const QByteArray& objectsLogin = {}) {
+            QTest::newRow(name) << target << objectsLogin << expected;
+        };
+        const QByteArray backup = R"({"email":"","id":2,"is_primary":false,"landing_url":"",
+            "name":"Запасной сервер","phone":"","phone_country_code":"+7","phone_symbol_len":10,
+            "privacy_policy_url":"","url":"http://backup.invalid/api/v1/"})";
+        const QByteArray test =
+            R"({"email":"test@localhost","id":1,"is_primary":true,"landing_url":"@ORIGIN@",
+            "name":"Тестовый сервер","phone":"+7 000 000-00-00","phone_country_code":"+7","phone_symbol_len":10,
+            "privacy_policy_url":"@ORIGIN@privacy","url":"@ORIGIN@api/v1/"})";
+        row("servers", "/api/player/legacy/v1/auth/servers",
+            R"({"success":true,"servers":[)" + test + "," + backup + "]}");
         // A server without an English name keeps its own.
-        QCOMPARE(english.at(1).toObject().value(QStringLiteral("name")).toString(),
-                 QStringLiteral("Запасной сервер"));
+        row("servers in English", "/api/player/legacy/v1/auth/servers?lang=en",
+            R"({"success":true,"servers":[)" + QByteArray(test).replace("Тестовый сервер", "Test server") +
+                "," + backup + "]}");
+        row("business types", "/api/v1/auth/business_types?lang=ru", R"({"success":true,"business_types":[
+            {"icon_dark_theme":"@ORIGIN@files/icons/cafe_dark.png","icon_light_theme":"@ORIGIN@files/icons/cafe_light.png",
+             "id":1,"image":"@ORIGIN@files/covers/cafe.png","name":"Кафе"},
+            {"icon_dark_theme":"","icon_light_theme":"","id":2,"image":"","name":"Магазин одежды"}]})");
+        row("music styles", "/api/v1/auth/music_styles?lang=ru",
+            R"({"success":true,"music_styles":[{"id":10,"image":"","name":"Джаз"},{"id":11,"image":"","name":"Поп"}]})");
+        // Keys the scenario leaves out come as empty values.
+        row("objects", "/api/v1/auth/objects", R"({"success":true,"objects":[
+            {"address":"ул. Садовая, 1","code":"shop1","contract_number":"Д-1","disable_player_control":false,"id":101,
+             "image":"@ORIGIN@files/covers/shop.png","logo":"","name":"Кофейня","organization_name":"ООО «Кофе»"},
+            {"address":"","code":"shop2","contract_number":"","disable_player_control":true,"id":102,"image":"",
+             "logo":"","name":"Склад","organization_name":""}]})",
+            R"({"login":"owner","password":"secret"})");
+        row("objects of another account", "/api/v1/auth/objects", R"({"success":true,"objects":[
+            {"address":"","code":"other","contract_number":"","disable_player_control":false,"id":201,"image":"",
+             "logo":"","name":"Чужая точка","organization_name":""}]})",
+            R"({"login":"second","password":"pass2"})");
+        // Recommendations follow both answers; one without answers of its own suits all.
+        row("recommended", "playlists/recommended?business_type_id=1&music_style_id=10",
+            R"({"success":true,"playlists":[
+            {"id":1,"image":"@ORIGIN@files/covers/jazz.png","main":true,"name":"Утренний джаз"},
+            {"id":2,"image":"","main":false,"name":"Для всех"}]})");
+        row("recommended for other answers", "playlists/recommended?business_type_id=2&music_style_id=11",
+            R"({"success":true,"playlists":[{"id":2,"image":"","main":false,"name":"Для всех"}]})");
+        row("stock music", "playlists/stock_music?lang=ru", R"({"success":true,"playlists":[{"active":true,
+            "content_size_bytes":1500000000.5,"id":1,"image":"@ORIGIN@files/covers/jazz.png","name":"Утренний джаз",
+            "tracks_count":2}]})");
+        // Counted from the tracks unless the scenario gives a count; active when chosen for any part of the
+        // day.
+        row("video", "playlists/video", R"({"success":true,"playlists":[
+            {"active":true,"content_size_bytes":0,"id":3,"image":"","name":"Клипы дня","tracks_count":1},
+            {"active":true,"content_size_bytes":0,"id":4,"image":"","name":"Клипы вечера","tracks_count":12}]})");
+        row("photo", "playlists/photo", R"({"success":true,"playlists":[
+            {"active":false,"content_size_bytes":0,"id":5,"image":"","name":"Интерьер","tracks_count":0}]})");
+        row("playlist tracks", "playlists/stock_music/1", R"({"success":true,"data":{"tracks":[
+            {"author":"Квартет","id":1001,"image":"@ORIGIN@files/covers/1001.png","name":"Первая"},
+            {"author":"Квартет","id":1002,"image":"","name":"Вторая"}]}})");
+        const QByteArray none = R"({"playlist_id":0,"playlist_name":""})";
+        row("settings", "playlists/settings",
+            R"({"success":true,"settings":{
+            "music":{"advanced":false,"playlist_id":1,"playlist_name":"Утренний джаз",
+                     "morning":)" +
+                none + R"(,"day":)" + none + R"(,"evening":)" + none + R"(,"night":)" + none + R"(},
+            "photo":{"advanced":false,"playlist_id":0,"playlist_name":"",
+                     "morning":)" +
+                none + R"(,"day":)" + none + R"(,"evening":)" + none + R"(,"night":)" + none + R"(},
+            "video":{"advanced":true,"playlist_id":0,"playlist_name":"",
+                     "morning":{"playlist_id":3,"playlist_name":"Клипы дня"},"day":{"playlist_id":3,"playlist_name":"Клипы дня"},
+                     "evening":{"playlist_id":4,"playlist_name":"Клипы вечера"},"night":)" +
+                none + R"(}}})");
+        row("certificate", "certificate?lang=ru",
+            R"({"success":true,"url":"@ORIGIN@files/certificate.pdf"})");
     }
 
-    void signUpCataloguesCarryEveryKey()
+    void repliesHaveThePlayersShapes()
     {
-        const auto types = client->Get(QStringLiteral("/api/v1/auth/business_types?lang=ru"));
-        QVERIFY2(IsSuccess(types), qPrintable(Describe(types)));
-        const QJsonObject cafe =
-            types.Json().value(QStringLiteral("business_types")).toArray().at(0).toObject();
-        QCOMPARE(Keys(cafe), QStringList({"icon_dark_theme", "icon_light_theme", "id", "image", "name"}));
-        QCOMPARE(cafe.value(QStringLiteral("name")).toString(), QStringLiteral("Кафе"));
-        QCOMPARE(cafe.value(QStringLiteral("image")).toString(),
-                 service->Origin() + QStringLiteral("files/covers/cafe.png"));
-
-        const QJsonArray styles = client->Get(QStringLiteral("/api/v1/auth/music_styles?lang=ru"))
-                                      .Json()
-                                      .value(QStringLiteral("music_styles"))
-                                      .toArray();
-        QCOMPARE(styles.size(), 2);
-        QCOMPARE(styles.at(1).toObject(),
-                 QJsonObject({{"id", 11}, {"name", QStringLiteral("Поп")}, {"image", QString()}}));
-    }
-
-    void playbackObjectsAreListedPerAccount()
-    {
-        const QString path = QStringLiteral("/api/v1/auth/objects");
-        const auto owner = client->PostJson(path, R"({"login":"owner","password":"secret"})");
-        QVERIFY2(IsSuccess(owner), qPrintable(Describe(owner)));
-        const QJsonArray objects = owner.Json().value(QStringLiteral("objects")).toArray();
-        QCOMPARE(objects.size(), 2);
-        const QJsonObject shop = objects.at(0).toObject();
-        QCOMPARE(Keys(shop), QStringList({"address", "code", "contract_number", "disable_player_control",
-                                          "id", "image", "logo", "name", "organization_name"}));
-        QCOMPARE(shop.value(QStringLiteral("code")).toString(), QStringLiteral("shop1"));
-        QCOMPARE(shop.value(QStringLiteral("organization_name")).toString(), QStringLiteral("ООО «Кофе»"));
-        QCOMPARE(shop.value(QStringLiteral("image")).toString(),
-                 service->Origin() + QStringLiteral("files/covers/shop.png"));
-        QCOMPARE(objects.at(1).toObject().value(QStringLiteral("disable_player_control")).toBool(), true);
-        QCOMPARE(client->PostJson(path, R"({"login":"second","password":"pass2"})")
-                     .Json()
-                     .value(QStringLiteral("objects"))
-                     .toArray()
-                     .size(),
-                 1);
+        QFETCH(QString, target);
+        QFETCH(QByteArray, objectsLogin);
+        QFETCH(QByteArray, expected);
+        const auto answer = !objectsLogin.isEmpty()               ? client->PostJson(target, objectsLogin)
+                            : target.startsWith(QLatin1Char('/')) ? client->Get(target)
+                                                                  : Get(QLatin1Char('/') + target, token);
+        QVERIFY2(answer.complete && answer.status == 200, qPrintable(Describe(answer)));
+        const QJsonDocument wanted =
+            QJsonDocument::fromJson(expected.replace("@ORIGIN@", service->Origin().toUtf8()));
+        QVERIFY2(wanted.isObject(), expected.constData());
+        QCOMPARE(Compact(answer.Json()), Compact(wanted.object()));
     }
 
     void signInIssuesOneWorkingTokenPerAccountAndObject()
@@ -517,42 +544,34 @@ private slots:
         }
         QCOMPARE(types, QStringList({"clip", "music", "video", "photo"}));
 
-        // Digest, size, name and author from the file and the manifest.
-        const QJsonObject a = TrackById(configuration, 1);
-        QCOMPARE(Keys(a), QStringList({"author", "file_size_bytes", "id", "image", "liked", "md5", "name",
-                                       "path", "shop_id", "uploaded_by_user"}));
-        QCOMPARE(a.value(QStringLiteral("md5")).toString(), Md5(musicA));
-        QCOMPARE(a.value(QStringLiteral("file_size_bytes")).toInt(), musicA.size());
-        QCOMPARE(a.value(QStringLiteral("name")).toString(), QStringLiteral("Утро"));
-        QCOMPARE(a.value(QStringLiteral("author")).toString(), QStringLiteral("Оркестр"));
-        QCOMPARE(a.value(QStringLiteral("shop_id")).toInt(), 101);
-        QCOMPARE(a.value(QStringLiteral("liked")), QJsonValue(true));
-        QCOMPARE(a.value(QStringLiteral("uploaded_by_user")), QJsonValue(false));
-
-        // What the scenario writes wins over the file's facts.
-        const QJsonObject b = TrackById(configuration, 2);
-        QCOMPARE(b.value(QStringLiteral("md5")).toString(), Md5(musicB));
-        QCOMPARE(b.value(QStringLiteral("name")).toString(), QStringLiteral("Своё имя"));
-        QCOMPARE(b.value(QStringLiteral("image")).toString(),
-                 service->Origin() + QStringLiteral("files/covers/b.png"));
-        QVERIFY(b.value(QStringLiteral("liked")).isNull());
-        QCOMPARE(b.value(QStringLiteral("uploaded_by_user")), QJsonValue(true));
-        const QJsonObject declared = TrackById(configuration, 4);
-        QCOMPARE(declared.value(QStringLiteral("md5")).toString(),
-                 QStringLiteral("0123456789abcdef0123456789abcdef"));
-        QCOMPARE(declared.value(QStringLiteral("file_size_bytes")).toInt(), 99);
-        QCOMPARE(declared.value(QStringLiteral("shop_id")).toInt(), 5);
-
-        const QJsonObject missing = TrackById(configuration, 3);
-        QCOMPARE(missing.value(QStringLiteral("md5")).toString(), QString());
-        QCOMPARE(missing.value(QStringLiteral("file_size_bytes")).toInt(), 0);
-        const QJsonObject advert = TrackById(configuration, 42);
-        QCOMPARE(advert.value(QStringLiteral("name")).toString(), QStringLiteral("ad2"));
-        QCOMPARE(advert.value(QStringLiteral("file_size_bytes")).toInt(), 13);
-        const QJsonObject remote = TrackById(configuration, 21);
-        QCOMPARE(remote.value(QStringLiteral("path")).toString(),
-                 QStringLiteral("https://cdn.example.invalid/v.mp4"));
-        QCOMPARE(remote.value(QStringLiteral("md5")).toString(), QString());
+        // Digest and size from the file, name and author from the manifest or the
+        // file's name; whatever the scenario writes wins; a missing or remote file
+        // has no digest, and a remote one no name either.
+        const auto track = [&](int id, const QString& path, const QString& name, const QString& author,
+                               const QJsonValue& md5, int size, const QJsonObject& own = {}) {
+            QJsonObject expected{{"id", id},       {"path", path},
+                                 {"name", name},   {"author", author},
+                                 {"md5", md5},     {"file_size_bytes", size},
+                                 {"image", ""},    {"liked", QJsonValue::Null},
+                                 {"shop_id", 101}, {"uploaded_by_user", false}};
+            for (auto it = own.begin(); it != own.end(); ++it) {
+                expected.insert(it.key(), it.value());
+            }
+            return Compact(expected);
+        };
+        const auto facts = [&](int id) {
+            return Compact(TrackById(configuration, id));
+        };
+        QCOMPARE(facts(1),
+                 track(1, "a.mp3", "Утро", "Оркестр", Md5(musicA), musicA.size(), {{"liked", true}}));
+        QCOMPARE(facts(2), track(2, "b.mp3", "Своё имя", "Свой автор", Md5(musicB), musicB.size(),
+                                 {{"image", service->Origin() + QStringLiteral("files/covers/b.png")},
+                                  {"uploaded_by_user", true}}));
+        QCOMPARE(facts(3), track(3, "missing.mp3", "missing", "", "", 0));
+        QCOMPARE(facts(4), track(4, "declared.mp3", "declared", "", "0123456789abcdef0123456789abcdef", 99,
+                                 {{"shop_id", 5}}));
+        QCOMPARE(facts(42), track(42, "promo/ad2.mp3", "ad2", "", Md5("second advert"), 13));
+        QCOMPARE(facts(21), track(21, "https://cdn.example.invalid/v.mp4", "", "", "", 0));
     }
 
     void versionFollowsTheConfigurationAndItsFiles()
@@ -701,66 +720,6 @@ private slots:
                  QJsonArray({10, 11}));
     }
 
-    void recommendedPlaylistsFollowTheAnswers()
-    {
-        const auto playlists = [&](const QString& query) {
-            return Field(QStringLiteral("/playlists/recommended?") + query, QStringLiteral("playlists"))
-                .toArray();
-        };
-        const QJsonArray both = playlists(QStringLiteral("business_type_id=1&music_style_id=10"));
-        QCOMPARE(both.size(), 2);
-        QCOMPARE(both.at(1)[QStringLiteral("id")].toInt(), 2);
-        const QJsonObject main = both.at(0).toObject();
-        QCOMPARE(Keys(main), QStringList({"id", "image", "main", "name"}));
-        QCOMPARE(main.value(QStringLiteral("id")).toInt(), 1);
-        QCOMPARE(main.value(QStringLiteral("main")), QJsonValue(true));
-        const QJsonArray general = playlists(QStringLiteral("business_type_id=2&music_style_id=11"));
-        QCOMPARE(general.size(), 1);
-        QCOMPARE(general.at(0)[QStringLiteral("id")].toInt(), 2);
-    }
-
-    void catalogueShowsWhatIsActive()
-    {
-        const auto playlists = [&](const QString& type) {
-            return Field(QStringLiteral("/playlists/") + type, QStringLiteral("playlists")).toArray();
-        };
-        const QJsonArray stock = playlists(QStringLiteral("stock_music?lang=ru"));
-        QCOMPARE(stock.size(), 1);
-        const QJsonObject jazz = stock.at(0).toObject();
-        QCOMPARE(Keys(jazz),
-                 QStringList({"active", "content_size_bytes", "id", "image", "name", "tracks_count"}));
-        QCOMPARE(jazz.value(QStringLiteral("content_size_bytes")).toDouble(), 1500000000.5);
-        QCOMPARE(jazz.value(QStringLiteral("tracks_count")).toInt(), 2);
-        QCOMPARE(jazz.value(QStringLiteral("active")), QJsonValue(true));
-        const QJsonArray video = playlists(QStringLiteral("video"));
-        QCOMPARE(video.at(0)[QStringLiteral("active")], QJsonValue(true));
-        QCOMPARE(video.at(1)[QStringLiteral("active")], QJsonValue(true));
-        QCOMPARE(video.at(1)[QStringLiteral("tracks_count")].toInt(), 12);
-        QCOMPARE(playlists(QStringLiteral("photo")).at(0)[QStringLiteral("active")], QJsonValue(false));
-
-        const QJsonArray tracks = Field(QStringLiteral("/playlists/stock_music/1"),
-                                        QStringLiteral("data"))[QStringLiteral("tracks")]
-                                      .toArray();
-        QCOMPARE(tracks.size(), 2);
-        QCOMPARE(tracks.at(0).toObject(),
-                 QJsonObject({{"id", 1001},
-                              {"name", QStringLiteral("Первая")},
-                              {"author", QStringLiteral("Квартет")},
-                              {"image", service->Origin() + QStringLiteral("files/covers/1001.png")}}));
-
-        const QJsonObject settings =
-            Field(QStringLiteral("/playlists/settings"), QStringLiteral("settings")).toObject();
-        QCOMPARE(Keys(settings), QStringList({"music", "photo", "video"}));
-        const QJsonObject music = settings.value(QStringLiteral("music")).toObject();
-        QCOMPARE(music.value(QStringLiteral("advanced")), QJsonValue(false));
-        QCOMPARE(music.value(QStringLiteral("playlist_id")).toInt(), 1);
-        QCOMPARE(music.value(QStringLiteral("playlist_name")).toString(), QStringLiteral("Утренний джаз"));
-        QCOMPARE(music.value(QStringLiteral("night")).toObject(),
-                 QJsonObject({{"playlist_id", 0}, {"playlist_name", ""}}));
-        QCOMPARE(settings.value(QStringLiteral("video"))[QStringLiteral("evening")].toObject(),
-                 QJsonObject({{"playlist_id", 4}, {"playlist_name", QStringLiteral("Клипы вечера")}}));
-    }
-
     void playlistChoicesKeepTheSettingsRules()
     {
         const auto settings = [&](const QString& kind) {
@@ -800,9 +759,6 @@ private slots:
 
     void certificateBelongsToTheObject()
     {
-        QCOMPARE(Get(QStringLiteral("/certificate?lang=ru"), token).Json(),
-                 QJsonObject({{"success", true},
-                              {"url", service->Origin() + QStringLiteral("files/certificate.pdf")}}));
         QVERIFY(IsApiError(
             client->Get(ObjectPath(QStringLiteral("shop2"), QStringLiteral("/certificate?lang=ru")),
                         ApiClient::Token(SignIn(QStringLiteral("shop2")))),
