@@ -1,6 +1,7 @@
 #include "core/content_playing/video_block.h"
 #include "tests/core/content_playing/playback_test_tracks.h"
 #include "tests/core/content_playing/recording_block_observer.h"
+#include "tests/core/content_playing/sink_keep_alive.h"
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_timeouts.h"
 
@@ -83,6 +84,11 @@ private slots:
         dataDirectory = std::make_unique<Tests::TestDataDirectory>();
         QVERIFY(dataDirectory->IsValid());
         observer = std::make_unique<Tests::RecordingBlockObserver>();
+        // Both sinks kept running, so that libvlc plays in real time from the start.
+        keepA = std::make_unique<Tests::SinkKeepAlive>(qEnvironmentVariable("ZELMAR_TEST_SINK_A"));
+        keepB = std::make_unique<Tests::SinkKeepAlive>(qEnvironmentVariable("ZELMAR_TEST_SINK_B"));
+        QVERIFY2(keepA->Start(), qPrintable(keepA->ErrorString()));
+        QVERIFY2(keepB->Start(), qPrintable(keepB->ErrorString()));
     }
 
     void cleanup()
@@ -177,6 +183,8 @@ private slots:
 private:
     std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
     std::unique_ptr<Tests::RecordingBlockObserver> observer;
+    std::unique_ptr<Tests::SinkKeepAlive> keepA;
+    std::unique_ptr<Tests::SinkKeepAlive> keepB;
 };
 
 QTEST_MAIN(VideoBlockTest)

@@ -1,5 +1,6 @@
 #include "core/vendor/audio_preset.h"
 #include "core/vendor/vlc_wrapper.h"
+#include "tests/core/content_playing/sink_keep_alive.h"
 #include "tests/core/content_playing/tone_timeline.h"
 #include "tests/core/content_playing/two_sink_listener.h"
 #include "tests/support/pcm_analysis.h"
@@ -78,6 +79,11 @@ private slots:
     {
         dataDirectory = std::make_unique<Tests::TestDataDirectory>();
         QVERIFY(dataDirectory->IsValid());
+        // Both sinks kept running, so that libvlc plays in real time from the start.
+        keepA = std::make_unique<Tests::SinkKeepAlive>(qEnvironmentVariable("ZELMAR_TEST_SINK_A"));
+        keepB = std::make_unique<Tests::SinkKeepAlive>(qEnvironmentVariable("ZELMAR_TEST_SINK_B"));
+        QVERIFY2(keepA->Start(), qPrintable(keepA->ErrorString()));
+        QVERIFY2(keepB->Start(), qPrintable(keepB->ErrorString()));
     }
 
     void cleanup()
@@ -98,9 +104,6 @@ private slots:
     {
         QFETCH(QString, media);
         QFETCH(double, seconds);
-        // A running sink plays in real time from the first moment (see SinkKeepAlive).
-        Tests::TwoSinkListener listener;
-        QVERIFY2(listener.Start(), qPrintable(listener.ErrorString()));
         VlcWrapper player;
         QSignalSpy statuses(&player, &VlcWrapper::mediaStatusChanged);
         QSignalSpy positions(&player, &VlcWrapper::positionChanged);
@@ -447,6 +450,8 @@ private:
     }
 
     std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
+    std::unique_ptr<Tests::SinkKeepAlive> keepA;
+    std::unique_ptr<Tests::SinkKeepAlive> keepB;
 };
 
 QTEST_GUILESS_MAIN(VlcWrapperTest)
