@@ -1,6 +1,7 @@
 #include "core/settings.h"
 
 #include "core/utilities/autorun_helper.h"
+#include "core/utilities/core_resources.h"
 #include "core/utilities/data_directory.h"
 #include "core/utilities/logger.h"
 #include "core/vendor/vlc_wrapper.h"
@@ -16,13 +17,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <mutex>
-
-// Q_INIT_RESOURCE must be used outside any namespace.
-static void InitializeSoundsResource()
-{
-    Q_INIT_RESOURCE(zelmar_sounds);
-}
 
 namespace Core {
 
@@ -128,8 +122,7 @@ QVariantList ToVariantList(const std::vector<double>& values)
 
 void EnsureAudioLogoFile(const QString& path)
 {
-    static std::once_flag once;
-    std::call_once(once, InitializeSoundsResource);
+    Utilities::CoreResources::Initialize();
     const QFileInfo existing(path);
     if (existing.isFile() && existing.size() == QFileInfo(AudioLogoResource).size()) {
         return;

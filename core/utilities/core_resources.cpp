@@ -8,6 +8,7 @@
 static void InitializeCoreDataResource()
 {
     Q_INIT_RESOURCE(core_data);
+    Q_INIT_RESOURCE(zelmar_sounds);
 }
 
 namespace Core::Utilities {
