@@ -9,6 +9,7 @@
 #include "tests/support/reference_service.h"
 #include "tests/support/service_fault.h"
 #include "tests/support/test_data_directory.h"
+#include "tests/support/test_sign_in.h"
 #include "tests/support/test_timeouts.h"
 
 #include <QFile>
@@ -152,20 +153,6 @@ private:
     std::string token;
     int logStart = 0;
 
-    std::string SignIn()
-    {
-        ServerConnection signIn(server);
-        std::string received;
-        bool failed = false;
-        signIn.SignIn(
-            "owner", "secret", object, [&](std::string value) { received = std::move(value); },
-            [&](std::shared_ptr<Core::DataTypes::NetworkError>) { failed = true; });
-        if (!QTest::qWaitFor([&] { return !received.empty() || failed; }, Tests::Timeouts::Process)) {
-            return {};
-        }
-        return received;
-    }
-
     // The entries logged since the last call.
     QStringList NewLogEntries()
     {
@@ -236,7 +223,7 @@ private slots:
         dataDirectory = std::make_unique<Tests::TestDataDirectory>();
         QVERIFY(dataDirectory->IsValid());
         QVERIFY(DbManager::GetInstance().InitEmptyDataBase());
-        token = SignIn();
+        token = Tests::TestSignIn::Token(server, object, "owner", "secret");
         QVERIFY(!token.empty());
         connection = std::make_shared<ServerConnection>(server, object, token);
         logStart = 0;

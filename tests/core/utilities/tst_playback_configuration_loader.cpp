@@ -10,6 +10,7 @@
 #include "tests/support/reference_service.h"
 #include "tests/support/service_fault.h"
 #include "tests/support/test_data_directory.h"
+#include "tests/support/test_sign_in.h"
 #include "tests/support/test_timeouts.h"
 
 #include <QFile>
@@ -133,21 +134,6 @@ private:
     int logStart = 0;
     int requestStart = 0;
 
-    // Signs in as the scenario's owner on shop1 through the product's own client.
-    std::string SignIn()
-    {
-        ServerConnection signIn(server);
-        std::string received;
-        bool failed = false;
-        signIn.SignIn(
-            "owner", "secret", object, [&](std::string value) { received = std::move(value); },
-            [&](std::shared_ptr<Core::DataTypes::NetworkError>) { failed = true; });
-        if (!QTest::qWaitFor([&] { return !received.empty() || failed; }, Tests::Timeouts::Process)) {
-            return {};
-        }
-        return received;
-    }
-
     Outcome Run(ServerConnection& on)
     {
         logStart = static_cast<int>(LogEntries().size());
@@ -265,7 +251,7 @@ private slots:
         dataDirectory = std::make_unique<Tests::TestDataDirectory>();
         QVERIFY(dataDirectory->IsValid());
         QVERIFY(DbManager::GetInstance().InitEmptyDataBase());
-        token = SignIn();
+        token = Tests::TestSignIn::Token(server, object, "owner", "secret");
         QVERIFY(!token.empty());
         connection = std::make_unique<ServerConnection>(server, object, token);
     }
