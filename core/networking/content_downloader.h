@@ -18,6 +18,10 @@
 class QNetworkReply;
 class QUrl;
 
+namespace Core::ContentPlaying {
+class PlayablePeriod;
+}
+
 namespace Core::Networking {
 
 // Fills the media cache. Tasks wait in a queue; the first download domain whose
@@ -64,6 +68,8 @@ public:
     // user environment sets it, and it stays empty without a signed-in object.
     void SetObjectCode(const std::string& code);
 
+    // The media of the period that plays now, ahead of everything queued later.
+    void DownloadFilesForPeriod(const ContentPlaying::PlayablePeriod& period);
     void DownloadTracks(const std::vector<DataTypes::Playback::Track>& tracks,
                         const DataTypes::Playback::ContentType& type);
     // Queues the track unless its file is cached or it is queued already.

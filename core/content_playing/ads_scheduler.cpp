@@ -1,0 +1,1 @@
+#include "core/content_playing/ads_scheduler.h"

@@ -1,0 +1,1 @@
+#include "core/content_playing/noninterrupting_ads_holder.h"

@@ -1,0 +1,1 @@
+#include "core/content_playing/playable_period_builder.h"

@@ -1,0 +1,1 @@
+#include "core/content_playing/player_observer.h"
