@@ -9,6 +9,8 @@
 #include "core/networking/content_downloader.h"
 #include "core/networking/content_downloader_observer.h"
 
+#include <QTimer>
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -89,6 +91,17 @@ public:
 private:
     void StartPlayback();
     void CreatePeriods();
+    // Stops the chain and lets go of it; the periods themselves are freed only
+    // once control is back in the event loop, since this may run inside one of
+    // their own callbacks.
+    void RetireChain();
+    // The block that DontPlayNextAudioTrack() holds back is playing, so its end
+    // will come and carry a deferred restart out.
+    bool CurrentPeriodPlaysHeldBackTrack() const;
+    void UpdateWaitingDownloads();
+    // The current period while its content may still play: user actions and
+    // arriving files go there.
+    std::shared_ptr<PlayablePeriod> PlayingPeriod() const;
     void StartCurrentPeriod(const std::shared_ptr<PlayablePeriod>& period);
     void UpdateStateWithCurrentPeriod();
     void CheckFiles();
@@ -99,6 +112,9 @@ private:
     void NotifyObserversPeriodChanged(const PlayablePeriod& period);
     void NotifyObserversTrackStarted(DataTypes::Playback::ContentType type,
                                      const DataTypes::Playback::Track& track, bool resumed);
+    // Calls every registered observer in list order; one removed by an earlier
+    // call of the same round is skipped.
+    void NotifyObservers(const std::function<void(PlayerObserver&)>& call);
 
     DataTypes::Playback::PlaybackConfiguration configuration;
     PlayerState state;
@@ -111,6 +127,10 @@ private:
     Networking::ContentDownloader contentDownloader;
     TrackStartedHandler trackStartedHandler;
     PlaybackStopHandler playbackStopHandler;
+    // The last period has ended: nothing plays until the next restart.
+    bool chainFinished = false;
+    std::vector<std::shared_ptr<PlayablePeriod>> retiredPeriods;
+    QTimer retiredPeriodsTimer;
 };
 
 } // namespace Core::ContentPlaying

@@ -1,5 +1,6 @@
 #include "core/networking/content_downloader.h"
 
+#include "core/content_playing/playable_period.h"
 #include "core/networking/content_files_helper.h"
 #include "core/utilities/logger.h"
 
@@ -59,6 +60,14 @@ void ContentDownloader::SetDomains(const std::vector<std::string>& newDomains)
 void ContentDownloader::SetObjectCode(const std::string& code)
 {
     objectCode = code;
+}
+
+void ContentDownloader::DownloadFilesForPeriod(const ContentPlaying::PlayablePeriod& period)
+{
+    // Each under its own kind: a period's tracks come from several blocks.
+    for (const auto& track : period.GetAllTracksList()) {
+        DownloadFileForTrack(track, track.contentType);
+    }
 }
 
 void ContentDownloader::DownloadTracks(const std::vector<Track>& tracks, const ContentType& type)
