@@ -1,1 +1,72 @@
 #include "core/content_playing/ads_scheduler.h"
+
+#include "core/content_playing/ads_block.h"
+#include "core/content_playing/ads_scheduler_observer.h"
+#include "core/utilities/local_time_helper.h"
+
+#include <QTimer>
+
+namespace Core::ContentPlaying {
+
+using Utilities::LocalTimeHelper;
+
+AdsScheduler::AdsScheduler(AdsSchedulerObserver* observer)
+    : QObject(nullptr)
+    , observer(observer)
+{
+}
+
+AdsScheduler::~AdsScheduler()
+{
+    Cancel();
+}
+
+void AdsScheduler::ScheduleAds(const std::vector<std::shared_ptr<AdsBlock>>& blocks)
+{
+    // One reading of the clock for the whole list, so that blocks due at the same
+    // moment get the same interval and fire in list order.
+    const long now = LocalTimeHelper::LocalTimeToSecondsFromDayStart();
+    for (const auto& block : blocks) {
+        if (!block) {
+            continue;
+        }
+        const long start = LocalTimeHelper::StartTimeToSecondsFromDayStart(block->GetStartTimeStr());
+        if (start > now) {
+            CreateTimer(start - now, block);
+        }
+    }
+}
+
+void AdsScheduler::Cancel()
+{
+    // Deleting at once (not later through the event loop) also drops any timeout
+    // already queued, so nothing of this period fires after this.
+    for (QTimer* timer : timers) {
+        timer->stop();
+        delete timer;
+    }
+    timers.clear();
+}
+
+void AdsScheduler::NotifyObserverAdBlockStarted(const std::shared_ptr<AdsBlock>& block)
+{
+    if (observer == nullptr || !block) {
+        return;
+    }
+    if (block->InterruptsContent()) {
+        observer->InterruptAdBlockStarted(block);
+    } else {
+        observer->NoninterruptAdBlockStarted(block);
+    }
+}
+
+void AdsScheduler::CreateTimer(long seconds, const std::shared_ptr<AdsBlock>& block)
+{
+    auto* timer = new QTimer();
+    timer->setSingleShot(true);
+    connect(timer, &QTimer::timeout, this, [this, block]() { NotifyObserverAdBlockStarted(block); });
+    timers.push_back(timer);
+    timer->start(static_cast<int>(seconds * 1000));
+}
+
+} // namespace Core::ContentPlaying
