@@ -200,11 +200,8 @@ void TrackListPlayer::StartPlayingCurrentTrack()
             &TrackListPlayer::MainPlayerMediaStatusChanded);
     connect(mainPlayer, &VlcWrapper::positionChanged, this, &TrackListPlayer::MainPlayerPositionChanged);
     mainPlayer->SetVolume(crossfade ? 0 : volume);
-    mainPlayer->Play();
-    if (savedProgress != 0.0) {
-        mainPlayer->SetPosition(static_cast<float>(savedProgress));
-        savedProgress = 0.0;
-    }
+    mainPlayer->PlayFrom(savedPositionMs);
+    savedPositionMs = 0;
     ApplyEqualizer(mainPlayer);
     Logger::LogTrackStarted(track);
 }
@@ -497,7 +494,7 @@ void TrackListPlayer::Pause()
 {
     if (mainPlayer != nullptr) {
         if (videoWidget) {
-            savedProgress = std::max(0.0f, mainPlayer->Position());
+            savedPositionMs = std::max<std::int64_t>(0, mainPlayer->PositionMs());
             mainPlayer->SetVideoOutput(nullptr);
             mainPlayer->Stop();
         } else {
@@ -522,7 +519,7 @@ void TrackListPlayer::Stop()
     }
     StopFaders();
     DropCrossfadePlayer();
-    savedProgress = 0.0;
+    savedPositionMs = 0;
     videoReattachPending = false;
 }
 
@@ -607,11 +604,10 @@ void TrackListPlayer::ReattachVideo()
     videoReattachPending = false;
     // libvlc cannot move a running video to another window: restart it there from
     // where it was.
-    const float position = mainPlayer->Position();
+    const std::int64_t positionMs = mainPlayer->PositionMs();
     mainPlayer->Stop();
     mainPlayer->SetVideoOutput(videoWidget);
-    mainPlayer->Play();
-    mainPlayer->SetPosition(position);
+    mainPlayer->PlayFrom(positionMs);
 }
 
 } // namespace Core::ContentPlaying

@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <cstdint>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -102,7 +103,8 @@ private:
     int crossfadeIndex = -1;
     bool muted = false;
     bool dontPlayNextTrack = false;
-    double savedProgress = 0.0;
+    // Where a video stopped by Pause() goes on from.
+    std::int64_t savedPositionMs = 0;
     Vendor::VlcWrapper* mainPlayer = nullptr;
     Vendor::VlcWrapper* crossfadePlayer = nullptr;
     std::unique_ptr<VolumeFader> fadeOutFader;

@@ -174,6 +174,7 @@ void VlcWrapper::CreateMedia()
 {
     media.reset();
     mediaWithoutVideo = false;
+    mediaStartsLate = false;
     libvlc_instance_t* instance = GetVlcInstance();
     if (instance == nullptr || !player) {
         return;
@@ -196,11 +197,37 @@ void VlcWrapper::Play()
     connect(&timer, &QTimer::timeout, this, &VlcWrapper::TimerTimeOut);
     if (player) {
         RestoreAudioOutputIfLost();
+        PrepareMediaStartTime();
         PrepareMediaForVideoOutput();
         libvlc_clearerr();
         libvlc_media_player_play(player.get());
     }
+    nextStartMs = 0;
     timer.start(timerInterval);
+}
+
+void VlcWrapper::PlayFrom(std::int64_t startMs)
+{
+    nextStartMs = std::max<std::int64_t>(0, startMs);
+    Play();
+}
+
+void VlcWrapper::PrepareMediaStartTime()
+{
+    if (!media || GetStatus() == VlcStatus::Paused) {
+        // Resuming a paused media goes on from where it paused.
+        return;
+    }
+    if (mediaStartsLate) {
+        // Options cannot be taken back from a media: make it anew.
+        CreateMedia();
+    }
+    if (media && nextStartMs > 0) {
+        const QByteArray option = QByteArrayLiteral(":start-time=") +
+                                  QByteArray::number(static_cast<double>(nextStartMs) / 1000.0, 'f', 3);
+        libvlc_media_add_option(media.get(), option.constData());
+        mediaStartsLate = true;
+    }
 }
 
 void VlcWrapper::PrepareMediaForVideoOutput()

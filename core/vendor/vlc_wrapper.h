@@ -62,6 +62,10 @@ public:
 
     void SetMedia(const QUrl& url);
     void Play();
+    // Plays the media from `startMs` on. The start is part of opening the media, so
+    // the first position reported is already there; a seek right after Play() can
+    // be lost while libvlc is still opening the file.
+    void PlayFrom(std::int64_t startMs);
     // Pauses; never toggles, so a second call keeps the player paused.
     void Pause();
     void Stop();
@@ -116,6 +120,7 @@ private:
     };
 
     void CreateMedia();
+    void PrepareMediaStartTime();
     void PrepareMediaForVideoOutput();
     void RestoreAudioOutputIfLost();
     bool ReopenAudioOutput();
@@ -135,6 +140,10 @@ private:
     QUrl mediaUrl;
     // The current media was told to leave its video out (no widget to show it).
     bool mediaWithoutVideo = false;
+    // Where the next Play() starts, and whether the current media was told to
+    // start late (so a later plain Play() must make it anew).
+    std::int64_t nextStartMs = 0;
+    bool mediaStartsLate = false;
 
     // libvlc drops a player's audio output on stop and makes a fresh one, on the
     // system's default device at full volume, for the next playback. What was
