@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <random>
+#include <stdexcept>
 #include <string>
 
 namespace Core::ContentPlaying {
@@ -19,6 +20,8 @@ using DataTypes::Playback::Playlist;
 using DataTypes::Playback::Track;
 
 namespace {
+
+constexpr const char* missingKeyMessage = "map::at:  key not found";
 
 // The first track of that identifier; a schedule may list one file twice, and the
 // copies are the same file.
@@ -55,7 +58,7 @@ std::shared_ptr<AbstractContentBlock> PlayableBlockBuilder::CreateContentBlock(C
     if (type == ContentType::Clip) {
         return nullptr;
     }
-    const std::int32_t playlistId = period.playlistIds.at(type);
+    const std::int32_t playlistId = PlaylistIdentifierOfType(period, type);
     if (playlistId == 0) {
         return nullptr;
     }
@@ -64,7 +67,7 @@ std::shared_ptr<AbstractContentBlock> PlayableBlockBuilder::CreateContentBlock(C
         return nullptr;
     }
 
-    std::vector<Track> blockTracks = TracksOfPlaylist(*playlist, tracks.at(type));
+    std::vector<Track> blockTracks = TracksOfPlaylist(*playlist, TracksOfType(tracks, type));
     ShuffleTracksIfNeeded(blockTracks, Settings::GetShuffle(type));
 
     switch (type) {
@@ -146,6 +149,24 @@ void PlayableBlockBuilder::SortAdsTracksByPathExtension(std::vector<Track>& trac
         return Utilities::StringUtils::StringEndsWith(a.path, ".mp3") &&
                Utilities::StringUtils::StringEndsWith(b.path, ".mp4");
     });
+}
+
+const std::vector<Track>& PlayableBlockBuilder::TracksOfType(const TracksByType& tracks, ContentType type)
+{
+    const auto found = tracks.find(type);
+    if (found == tracks.end()) {
+        throw std::out_of_range(missingKeyMessage);
+    }
+    return found->second;
+}
+
+std::int32_t PlayableBlockBuilder::PlaylistIdentifierOfType(const PlaybackPeriod& period, ContentType type)
+{
+    const auto found = period.playlistIds.find(type);
+    if (found == period.playlistIds.end()) {
+        throw std::out_of_range(missingKeyMessage);
+    }
+    return found->second;
 }
 
 } // namespace Core::ContentPlaying

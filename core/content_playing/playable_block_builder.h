@@ -8,6 +8,7 @@
 #include "core/data_types/playback/playlist.h"
 #include "core/data_types/playback/track.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <vector>
@@ -48,6 +49,14 @@ public:
                      const std::vector<std::int32_t>& identifiers);
     // Audio spots before video spots.
     static void SortAdsTracksByPathExtension(std::vector<DataTypes::Playback::Track>& tracks);
+
+    // Strict lookups: a missing key throws std::out_of_range with the text
+    // "map::at:  key not found" whatever the standard library would say, so that
+    // the player's log reads the same everywhere.
+    static const std::vector<DataTypes::Playback::Track>& TracksOfType(const TracksByType& tracks,
+                                                                       DataTypes::Playback::ContentType type);
+    static std::int32_t PlaylistIdentifierOfType(const DataTypes::Playback::PlaybackPeriod& period,
+                                                 DataTypes::Playback::ContentType type);
 };
 
 } // namespace Core::ContentPlaying

@@ -29,7 +29,7 @@ PlayablePeriodBuilder::BuildPlayablePeriods(const PlaybackConfiguration& configu
     // Every period sees every ads block and keeps those of its own date and time
     // span; the blocks themselves are shared, not copied.
     const std::vector<std::shared_ptr<AdsBlock>> adsBlocks = PlayableBlockBuilder::CreateAdsBlock(
-        configuration.adBlocks, configuration.tracks.at(ContentType::Clip));
+        configuration.adBlocks, PlayableBlockBuilder::TracksOfType(configuration.tracks, ContentType::Clip));
     for (const auto& period : periods) {
         period->TryToAddAdvertisingBlocks(adsBlocks);
     }
@@ -66,7 +66,7 @@ void PlayablePeriodBuilder::SetPlaylistInfoToPeriod(PlayablePeriodInfo& info, co
     for (const Playlist& playlist : playlists) {
         // A playlist of a kind the period has no entry for is a broken
         // configuration: the lookup throws and the build fails.
-        if (period.playlistIds.at(playlist.contentType) == playlist.id) {
+        if (PlayableBlockBuilder::PlaylistIdentifierOfType(period, playlist.contentType) == playlist.id) {
             info.SetPlaylistIdentifier(playlist.contentType, playlist.id);
             info.SetPlaylistName(playlist.contentType, playlist.name);
             info.SetPlaylistImage(playlist.contentType, playlist.image);
