@@ -64,6 +64,8 @@ void AdsScheduler::CreateTimer(long seconds, const std::shared_ptr<AdsBlock>& bl
 {
     auto* timer = new QTimer();
     timer->setSingleShot(true);
+    // Never early: a coarse timer may fire up to 5% ahead of the ad's minute.
+    timer->setTimerType(Qt::PreciseTimer);
     connect(timer, &QTimer::timeout, this, [this, block]() { NotifyObserverAdBlockStarted(block); });
     timers.push_back(timer);
     timer->start(static_cast<int>(seconds * 1000));

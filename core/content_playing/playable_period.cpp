@@ -8,6 +8,8 @@
 
 #include <QTimer>
 
+#include <algorithm>
+
 namespace Core::ContentPlaying {
 
 using DataTypes::Playback::ContentType;
@@ -32,12 +34,23 @@ void KeepAliveUntilEventLoop(std::shared_ptr<T> object)
     }
 }
 
+// An ad block left without spots (the server named none it delivered) would never
+// end, and the content it paused would never come back: it counts as having no
+// file to play.
+bool HasSpotToPlay(const AdsBlock& block)
+{
+    return !block.TrackList().empty() && block.HasAnyDownloadedFile();
+}
+
 } // namespace
 
 PlayablePeriod::PlayablePeriod()
     : adsScheduler(this)
 {
     finishTimer.setSingleShot(true);
+    // A coarse timer may fire a little early, which would hand over before the
+    // boundary second.
+    finishTimer.setTimerType(Qt::PreciseTimer);
     QObject::connect(&finishTimer, &QTimer::timeout, [this]() { FinishTimerFired(); });
 }
 
@@ -344,7 +357,7 @@ void PlayablePeriod::InterruptAdBlockStarted(std::shared_ptr<AdsBlock> block)
     if (!block) {
         return;
     }
-    const bool hasFile = block->HasAnyDownloadedFile();
+    const bool hasFile = HasSpotToPlay(*block);
     Logger::LogAdBlockStarted(block->GetName(), block->InterruptsContent(), hasFile);
     if (!hasFile) {
         return;
@@ -362,7 +375,7 @@ void PlayablePeriod::NoninterruptAdBlockStarted(std::shared_ptr<AdsBlock> block)
     if (!block) {
         return;
     }
-    const bool hasFile = block->HasAnyDownloadedFile();
+    const bool hasFile = HasSpotToPlay(*block);
     Logger::LogAdBlockStarted(block->GetName(), block->InterruptsContent(), hasFile);
     if (!hasFile) {
         return;
@@ -636,7 +649,13 @@ void PlayablePeriod::StartWithoutPlayingAdBlock()
     for (std::size_t i = 1; i < startAds.size(); ++i) {
         first->AddTracksFromAnotherBlock(*startAds[i]);
     }
-    if (first->HasAnyDownloadedFile()) {
+    // Merged spots sit in the first block's player only; an empty first block plays
+    // the others'.
+    const bool playable =
+        HasSpotToPlay(*first) ||
+        (first->TrackList().empty() && std::any_of(startAds.begin() + 1, startAds.end(),
+                                                   [](const auto& ad) { return HasSpotToPlay(*ad); }));
+    if (playable) {
         StartAdsBlock(first);
     } else {
         Logger::Log(
