@@ -351,10 +351,12 @@ void Player::FileDownloaderDidFinishDownloadingTrack(const Track& track, const C
     DownloadsInfo& downloads = state.downloadsInfo[type];
     ++downloads.downloaded;
     downloads.downloadedTracks.push_back(track);
+    // Before the blocks start: their first track start already reports the
+    // state without the wait.
+    UpdateWaitingDownloads();
     if (const auto period = PlayingPeriod()) {
         period->TryStartWaitingForDownloadBlocks();
     }
-    UpdateWaitingDownloads();
     NotifyObserversStateChanged();
 }
 

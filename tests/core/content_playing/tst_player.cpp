@@ -1,0 +1,547 @@
+#include "core/content_playing/playable_period_builder.h"
+#include "core/content_playing/player.h"
+#include "core/networking/content_files_helper.h"
+#include "core/settings.h"
+#include "core/utilities/clock.h"
+#include "tests/core/content_playing/event_log_messages.h"
+#include "tests/core/content_playing/playback_test_tracks.h"
+#include "tests/core/content_playing/recording_player_observer.h"
+#include "tests/core/content_playing/sink_keep_alive.h"
+#include "tests/core/content_playing/test_periods.h"
+#include "tests/support/reference_service.h"
+#include "tests/support/test_data_directory.h"
+#include "tests/support/test_media.h"
+#include "tests/support/test_timeouts.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <stdexcept>
+
+using Core::ContentPlaying::ContentFilesHelper;
+using Core::ContentPlaying::Player;
+using Core::ContentPlaying::PlayerState;
+using Core::DataTypes::Playback::AdBlock;
+using Core::DataTypes::Playback::AllContentTypes;
+using Core::DataTypes::Playback::ContentType;
+using Core::DataTypes::Playback::Day;
+using Core::DataTypes::Playback::LikeStatus;
+using Core::DataTypes::Playback::PlaybackConfiguration;
+using Core::DataTypes::Playback::PlaybackPeriod;
+using Core::DataTypes::Playback::Playlist;
+using Core::DataTypes::Playback::Track;
+using Tests::PlaybackTestTracks;
+using Tests::RecordingPlayerObserver;
+
+namespace {
+
+std::string Today()
+{
+    return Tests::TestPeriods::Today();
+}
+
+PlaybackPeriod MakePeriod(const std::string& name, const std::string& start, const std::string& end,
+                          const std::map<ContentType, int>& playlists)
+{
+    PlaybackPeriod period;
+    period.name = name;
+    period.startTime = start;
+    period.endTime = end;
+    period.contentVolume = 100;
+    period.adsVolume = 100;
+    for (const auto& [type, id] : playlists) {
+        period.playlistIds[type] = id;
+    }
+    return period;
+}
+
+Playlist MakePlaylist(int id, ContentType type, const std::string& name, const std::vector<Track>& tracks)
+{
+    Playlist playlist;
+    playlist.id = id;
+    playlist.contentType = type;
+    playlist.name = name;
+    playlist.image = name + ".png";
+    for (const auto& track : tracks) {
+        playlist.trackIds.push_back(track.id);
+    }
+    return playlist;
+}
+
+Day MakeDay(const std::string& date, const std::vector<PlaybackPeriod>& periods)
+{
+    Day day;
+    // The test day's weekday, as TestPeriods::Text() writes it.
+    day.dayOfWeek = "Суббота";
+    day.date = date;
+    day.periods = periods;
+    return day;
+}
+
+// Every kind of track is present, as the configuration reader leaves it.
+PlaybackConfiguration MakeConfiguration(const std::vector<Day>& days, const std::vector<Playlist>& playlists,
+                                        const std::vector<Track>& tracks,
+                                        const std::vector<AdBlock>& adBlocks = {})
+{
+    PlaybackConfiguration configuration;
+    configuration.version = 7;
+    configuration.days = days;
+    configuration.playlists = playlists;
+    configuration.adBlocks = adBlocks;
+    for (const ContentType type : AllContentTypes()) {
+        configuration.tracks[type];
+    }
+    for (const auto& track : tracks) {
+        configuration.tracks[track.contentType].push_back(track);
+    }
+    return configuration;
+}
+
+// Today, one period from 10:00 to 11:00 with one playlist of `type`.
+PlaybackConfiguration OnePlaylist(const std::string& periodName, ContentType type, int playlistId,
+                                  const std::string& playlistName, const std::vector<Track>& tracks)
+{
+    return MakeConfiguration(
+        {MakeDay(Today(), {MakePeriod(periodName, "10:00", "11:00", {{type, playlistId}})})},
+        {MakePlaylist(playlistId, type, playlistName, tracks)}, tracks);
+}
+
+Track Cached(int id, ContentType type, const QString& media, const QString& title)
+{
+    return PlaybackTestTracks::Cached(id, type, media, title);
+}
+
+QStringList LogMessages()
+{
+    return Tests::EventLogMessages::Read();
+}
+
+const QString DeferredRestart =
+    QStringLiteral("Перезапуск воспроизведения отложен до окончания текущего трека");
+const QString Restart = QStringLiteral("Перезапуск воспроизведения");
+
+} // namespace
+
+// The player over real periods, blocks and sound: switching on and off, what it
+// does with schedules that cover nothing or fail to build, configuration updates
+// that wait for the playing track, advertising, and media that must be downloaded
+// from the reference service first.
+class PlayerTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(content.isValid());
+        for (const QString& name : {QStringLiteral("short_b.mp3"), QStringLiteral("short_c.mp3")}) {
+            const QString source = Tests::TestMedia::Path(name);
+            QVERIFY2(!source.isEmpty(), "register the test with NEEDS media");
+            QVERIFY(QDir(content.path()).mkpath(QStringLiteral("music")));
+            QVERIFY(QFile::copy(source, content.filePath(QStringLiteral("music/") + name)));
+        }
+        service = std::make_unique<Tests::ReferenceService>(
+            Tests::ReferenceService::SourceDirectory() + QStringLiteral("/tests/tools/scenarios/basic"),
+            content.path());
+        QVERIFY2(service->Start(), qPrintable(service->ErrorString()));
+    }
+
+    void cleanupTestCase()
+    {
+        QVERIFY2(service->Stop(), qPrintable(service->ErrorString()));
+    }
+
+    void init()
+    {
+        dataDirectory = std::make_unique<Tests::TestDataDirectory>();
+        QVERIFY(dataDirectory->IsValid());
+        // Half an hour into a period that runs from 10:00 to 11:00, three seconds
+        // before an advertising slot at 10:30.
+        Tests::TestPeriods::SetNow(QTime(10, 29, 57));
+        // Playlists play in their order.
+        for (const ContentType type : {ContentType::Music, ContentType::Video, ContentType::Photo}) {
+            Core::Settings::SetShuffle(type, false);
+        }
+        // A track ends at its end, not where a crossfade would begin.
+        Core::Settings::SetUseCrossfade(false);
+        keepA = std::make_unique<Tests::SinkKeepAlive>(qEnvironmentVariable("ZELMAR_TEST_SINK_A"));
+        keepB = std::make_unique<Tests::SinkKeepAlive>(qEnvironmentVariable("ZELMAR_TEST_SINK_B"));
+        QVERIFY2(keepA->Start(), qPrintable(keepA->ErrorString()));
+        QVERIFY2(keepB->Start(), qPrintable(keepB->ErrorString()));
+        observer = std::make_unique<RecordingPlayerObserver>();
+    }
+
+    void cleanup()
+    {
+        player.reset();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        observer.reset();
+        dataDirectory.reset();
+        Core::Utilities::Clock::ResetForTesting();
+    }
+
+    // Switching on and off reports once per real change; an empty schedule
+    // reports the end at once, and updates while off are only stored.
+    void switchingOnAndOffWithAnEmptySchedule()
+    {
+        player = std::make_unique<Player>(MakeConfiguration({}, {}, {}));
+        int stops = 0;
+        player->SetPlaybackStopHandler([&stops]() { ++stops; });
+        player->AddObserver(observer.get());
+        player->AddObserver(observer.get());
+
+        player->Stop(true);
+        PlaybackConfiguration newer = MakeConfiguration({}, {}, {});
+        newer.version = 8;
+        player->UpdateConfiguration(newer, false);
+        QCOMPARE(player->Configuration().version, 8);
+        QVERIFY(observer->calls.empty());
+
+        player->Start();
+        QCOMPARE(observer->Events(), QStringList{"last period finished"});
+        QVERIFY(observer->calls.back().state.playingNow);
+        player->Start();
+        QCOMPARE(observer->calls.size(), std::size_t{1});
+        QCOMPARE(LogMessages().count(QStringLiteral("Дни расписания не найдены!")), 1);
+
+        player->Stop(true);
+        player->Stop(true);
+        QCOMPARE(observer->calls.size(), std::size_t{2});
+        QCOMPARE(observer->calls.back().event, QStringLiteral("state"));
+        QVERIFY(!observer->calls.back().state.playingNow);
+        QCOMPARE(stops, 1);
+
+        player->TogglePlayback();
+        QVERIFY(player->CurrentState().playingNow);
+        player->TogglePlayback();
+        QCOMPARE(observer->Events(), (QStringList{"last period finished", "last period finished"}));
+        QVERIFY(!player->CurrentState().playingNow);
+        QCOMPARE(stops, 2);
+
+        player->RemoveObserver(observer.get());
+        player->Start();
+        QCOMPARE(observer->calls.size(), std::size_t{4});
+    }
+
+    // A period is current by its date and times alone; with none covering now the
+    // player says so and stays on, and user actions have nowhere to go.
+    void noPeriodCoversNow()
+    {
+        const Track track =
+            Cached(1, ContentType::Music, QStringLiteral("short_a.mp3"), QStringLiteral("Ля"));
+        const std::string yesterday =
+            QDate::fromString(QString::fromStdString(Today()), QStringLiteral("dd.MM.yyyy"))
+                .addDays(-1)
+                .toString(QStringLiteral("dd.MM.yyyy"))
+                .toStdString();
+        const PlaybackConfiguration configuration = MakeConfiguration(
+            {MakeDay(yesterday, {MakePeriod("Вчера", "10:00", "11:00", {{ContentType::Music, 1}})}),
+             MakeDay(Today(), {MakePeriod("Позже", "11:00", "12:00", {{ContentType::Music, 1}})})},
+            {MakePlaylist(1, ContentType::Music, "Музыка", {track})}, {track});
+        player = std::make_unique<Player>(configuration);
+        player->AddObserver(observer.get());
+        player->Start();
+        player->GoToNextTrack(ContentType::Music);
+
+        QCOMPARE(observer->Events(), QStringList{"no current period"});
+        QVERIFY(player->CurrentState().playingNow);
+        QCOMPARE(player->CurrentPeriodName(), std::string());
+        QVERIFY(player->GetCurrentTracks(ContentType::Music).empty());
+        const QStringList log = LogMessages();
+        const QString days = QStringLiteral("Периоды воспроизведения:\n"
+                                            "\tСуббота %1\n\t\t Вчера  начало 10:00 конец 11:00\n"
+                                            "\tСуббота %2\n\t\t Позже  начало 11:00 конец 12:00")
+                                 .arg(QString::fromStdString(yesterday), QString::fromStdString(Today()));
+        QVERIFY2(log.count(days) == 1, qPrintable(log.join('\n')));
+        QCOMPARE(log.last(),
+                 QString::fromStdString("Период " + Tests::TestPeriods::Text("Позже", "11:00", "12:00") +
+                                        " не является текущим и не имеет следующего"));
+        QVERIFY(!QTest::qWaitFor([this]() { return observer->calls.size() > 1; }, Tests::Timeouts::Silence));
+    }
+
+    // A schedule naming what the configuration lacks is logged and leaves the
+    // player on with nothing; a corrected one arriving later plays at once.
+    void aScheduleThatFailsToBuild()
+    {
+        const Track photo =
+            Cached(31, ContentType::Photo, QStringLiteral("photo_landscape.jpg"), QStringLiteral("Пейзаж"));
+        PlaybackConfiguration broken = OnePlaylist("День", ContentType::Photo, 3, "Фото", {photo});
+        broken.tracks.erase(ContentType::Clip);
+        QString reason;
+        try {
+            Core::ContentPlaying::PlayablePeriodBuilder::BuildPlayablePeriods(broken);
+        } catch (const std::out_of_range& error) {
+            reason = QString::fromUtf8(error.what());
+        }
+        QVERIFY2(!reason.isEmpty(), "a configuration without clip tracks must not build");
+
+        player = std::make_unique<Player>(broken);
+        player->AddObserver(observer.get());
+        player->Start();
+        QVERIFY(player->CurrentState().playingNow);
+        QVERIFY(observer->calls.empty());
+        QCOMPARE(player->CurrentPeriodName(), std::string());
+        const QStringList log = LogMessages();
+        QCOMPARE(log.count(
+                     QStringLiteral("Ошибка построения периодов воспроизведения из конфигурации версии 7: ") +
+                     reason),
+                 1);
+        QVERIFY(!log.join('\n').contains(QStringLiteral("Периоды воспроизведения:")));
+
+        player->UpdateConfiguration(OnePlaylist("День", ContentType::Photo, 3, "Фото", {photo}), false);
+        QCOMPARE(observer->Events(), (QStringList{"period День", "track photo 31"}));
+        const PlayerState& started = observer->calls[observer->IndexOf(QStringLiteral("period День"))].state;
+        const auto& shown = started.contentPlayingStates.at(ContentType::Photo);
+        QVERIFY(shown.playing);
+        QCOMPARE(shown.playlistName, std::string("Фото"));
+        QCOMPARE(shown.playlistImage, std::string("Фото.png"));
+        QVERIFY(!started.contentPlayingStates.at(ContentType::Music).playing);
+    }
+
+    // With only photos on screen there is no track to wait for: the update
+    // restarts at once.
+    void anUpdateWithOnlyPhotosRestartsAtOnce()
+    {
+        const Track photo =
+            Cached(31, ContentType::Photo, QStringLiteral("photo_landscape.jpg"), QStringLiteral("Пейзаж"));
+        player = std::make_unique<Player>(OnePlaylist("День", ContentType::Photo, 3, "Фото", {photo}));
+        player->AddObserver(observer.get());
+        player->Start();
+        QCOMPARE(player->CurrentPeriodName(), std::string("День"));
+
+        player->UpdateConfiguration(OnePlaylist("Вечер", ContentType::Photo, 4, "Другие фото", {photo}),
+                                    false);
+        QCOMPARE(observer->Events(),
+                 (QStringList{"period День", "track photo 31", "period Вечер", "track photo 31"}));
+        QCOMPARE(player->CurrentPeriodName(), std::string("Вечер"));
+        QCOMPARE(player->CurrentState().contentPlayingStates.at(ContentType::Photo).playlistName,
+                 std::string("Другие фото"));
+        QVERIFY(!LogMessages().contains(DeferredRestart));
+        QVERIFY(!player->RestartIfNeeded());
+    }
+
+    // An update during music lets the track end and then rebuilds from the new
+    // schedule; the next track of the old playlist never starts.
+    void anUpdateDuringMusicWaitsForTheTrack()
+    {
+        StartMusicThenUpdate();
+        if (QTest::currentTestFailed()) {
+            return;
+        }
+        QVERIFY(!observer->HasEvent(QStringLiteral("period Вечер")));
+        QVERIFY(LogMessages().contains(DeferredRestart));
+
+        QTRY_VERIFY2_WITH_TIMEOUT(observer->HasEvent(QStringLiteral("track music 3")),
+                                  qPrintable(observer->Events().join(", ") + "\n" + LogMessages().join("\n")),
+                                  Tests::Timeouts::Playback);
+        QCOMPARE(observer->Events(),
+                 (QStringList{"period Утро", "track music 1", "period Вечер", "track music 3"}));
+        // The restart came from the end of the first track, and only from it.
+        const QStringList log = LogMessages();
+        QCOMPARE(log.count(Restart), 1);
+        const int deferred = static_cast<int>(log.indexOf(DeferredRestart));
+        QVERIFY(deferred >= 0);
+        QCOMPARE(
+            log.mid(deferred + 1, 2),
+            (QStringList{"Блок контента остановил воспроизведение после окончания текущего трека", Restart}));
+        QCOMPARE(player->CurrentState().contentPlayingStates.at(ContentType::Music).playlistName,
+                 std::string("Вечерняя"));
+    }
+
+    // Skipping while a restart waits carries the restart out instead.
+    void skippingCarriesOutAPendingRestart()
+    {
+        StartMusicThenUpdate();
+        if (QTest::currentTestFailed()) {
+            return;
+        }
+        // The restart is done before the call returns: the new playlist is on.
+        player->GoToNextTrack(ContentType::Music);
+        QCOMPARE(observer->Events(),
+                 (QStringList{"period Утро", "track music 1", "period Вечер", "track music 3"}));
+        QCOMPARE(LogMessages().count(Restart), 1);
+        QVERIFY(!player->RestartIfNeeded());
+    }
+
+    // The end of an ad block clears what the screens show of the clip and
+    // nothing of the music beneath it, which then plays on.
+    void anAdBlockEndResetsOnlyTheClipState()
+    {
+        const Track music =
+            Cached(1, ContentType::Music, QStringLiteral("music_a.mp3"), QStringLiteral("Ля"));
+        const Track clip =
+            Cached(50, ContentType::Clip, QStringLiteral("short_c.mp3"), QStringLiteral("Скидки"));
+        AdBlock adBlock;
+        adBlock.name = "Полдень";
+        adBlock.interruptContent = true;
+        adBlock.startTime = "10:30";
+        adBlock.tracks = {{Today(), 50}};
+        player = std::make_unique<Player>(MakeConfiguration(
+            {MakeDay(Today(), {MakePeriod("Утро", "10:00", "11:00", {{ContentType::Music, 1}})})},
+            {MakePlaylist(1, ContentType::Music, "Музыка", {music})}, {music, clip}, {adBlock}));
+        player->AddObserver(observer.get());
+        player->Start();
+
+        QTRY_VERIFY_WITH_TIMEOUT(observer->HasEvent(QStringLiteral("track clip 50")),
+                                 Tests::Timeouts::Playback);
+        const int adStart = observer->IndexOf(QStringLiteral("track clip 50"));
+        QCOMPARE(observer->calls[adStart].state.contentPlayingStates.at(ContentType::Clip).trackTitle,
+                 std::string("Скидки"));
+        const auto adEnded = [this, adStart]() {
+            for (std::size_t i = adStart; i < observer->calls.size(); ++i) {
+                if (!observer->calls[i].state.contentPlayingStates.at(ContentType::Clip).playing) {
+                    return static_cast<int>(i);
+                }
+            }
+            return -1;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(adEnded() >= 0, Tests::Timeouts::Playback);
+        const PlayerState atEnd = observer->calls[adEnded()].state;
+        const auto& clipState = atEnd.contentPlayingStates.at(ContentType::Clip);
+        QCOMPARE(clipState.progress, 0.0);
+        QCOMPARE(clipState.durationSeconds, 0.0);
+        QCOMPARE(clipState.trackTitle, std::string());
+        QCOMPARE(clipState.trackSubtitle, std::string());
+        QCOMPARE(clipState.trackIdentifier, std::int64_t{50});
+        const auto& musicState = atEnd.contentPlayingStates.at(ContentType::Music);
+        QVERIFY(musicState.playing);
+        QCOMPARE(musicState.trackTitle, std::string("Ля"));
+        QCOMPARE(musicState.trackIdentifier, std::int64_t{1});
+        QCOMPARE(musicState.playlistName, std::string("Музыка"));
+        const double pausedAt = musicState.progress;
+        QTRY_VERIFY_WITH_TIMEOUT(player->CurrentState().contentPlayingStates.at(ContentType::Music).progress >
+                                     pausedAt + 0.02,
+                                 Tests::Timeouts::Playback);
+    }
+
+    // Media not yet in the cache: the period's own file comes down first, its
+    // block waits for it and starts when it arrives. Both observers hear every
+    // report, in the order they were added.
+    void aPeriodWaitsForItsMediaToDownload()
+    {
+        Track wanted = PlaybackTestTracks::Make(1, ContentType::Music, QString(), QStringLiteral("Ми"));
+        wanted.path = "short_b.mp3";
+        Track later = PlaybackTestTracks::Make(2, ContentType::Music, QString(), QStringLiteral("Си"));
+        later.path = "short_c.mp3";
+        PlaybackConfiguration configuration = MakeConfiguration(
+            {MakeDay(Today(), {MakePeriod("Утро", "10:00", "11:00", {{ContentType::Music, 1}})})},
+            {MakePlaylist(1, ContentType::Music, "Музыка", {wanted})}, {later, wanted});
+        configuration.domains = {service->MediaDomain().toStdString()};
+        QVERIFY2(service->Reset(), qPrintable(service->ErrorString()));
+
+        QStringList lines;
+        RecordingPlayerObserver first(QStringLiteral("A"), &lines);
+        RecordingPlayerObserver second(QStringLiteral("B"), &lines);
+        player = std::make_unique<Player>(configuration);
+        player->SetObjectCode("shop1");
+        player->AddObserver(&first);
+        player->AddObserver(&second);
+        player->Start();
+
+        QCOMPARE(first.Events(), QStringList{"period Утро"});
+        const auto& waiting = first.calls.back().state.downloadsInfo.at(ContentType::Music);
+        QVERIFY(waiting.waitingDownload);
+        QCOMPARE(waiting.downloaded, 0);
+        QCOMPARE(waiting.total, 2);
+
+        QTRY_VERIFY_WITH_TIMEOUT(first.HasEvent(QStringLiteral("track music 1")), Tests::Timeouts::Playback);
+        const auto& arrived = first.calls[first.IndexOf(QStringLiteral("track music 1"))].state;
+        QVERIFY(!arrived.downloadsInfo.at(ContentType::Music).waitingDownload);
+        QVERIFY(arrived.downloadsInfo.at(ContentType::Music).downloaded >= 1);
+        QTRY_COMPARE_WITH_TIMEOUT(player->CurrentState().downloadsInfo.at(ContentType::Music).downloaded, 2,
+                                  Tests::Timeouts::Process);
+        const auto& downloaded = player->CurrentState().downloadsInfo.at(ContentType::Music).downloadedTracks;
+        QCOMPARE(downloaded, (std::vector<Track>{wanted, later}));
+
+        QStringList targets;
+        for (const QJsonValue& request : service->Requests()) {
+            targets << request.toObject().value(QStringLiteral("target")).toString();
+        }
+        QCOMPARE(targets, (QStringList{"/media/shop1/music/short_b.mp3", "/media/shop1/music/short_c.mp3"}));
+        QVERIFY(LogMessages().contains(QStringLiteral("Начато скачивание файла ") + service->MediaDomain() +
+                                       QStringLiteral("shop1/music/short_b.mp3")));
+
+        // Each report reaches A, then B; the state comes before the track start.
+        const int trackLine = static_cast<int>(lines.indexOf(QStringLiteral("A: track music 1")));
+        QCOMPARE(lines.mid(trackLine - 2, 4),
+                 (QStringList{"A: state", "B: state", "A: track music 1", "B: track music 1"}));
+        QCOMPARE(lines.mid(0, 4), (QStringList{"A: state", "B: state", "A: period Утро", "B: period Утро"}));
+        player->Stop(true);
+        QCOMPARE(lines.mid(lines.size() - 2), (QStringList{"A: state", "B: state"}));
+    }
+
+    // The cache keeps only what the configuration names, and the counts say how
+    // much of it is there. A like changes the stored configuration too.
+    void filesAreCheckedAtConstruction()
+    {
+        const Track music =
+            Cached(1, ContentType::Music, QStringLiteral("short_a.mp3"), QStringLiteral("Ля"));
+        const Track missing = PlaybackTestTracks::Make(2, ContentType::Music, QStringLiteral("absent.mp3"));
+        const Track clip =
+            Cached(3, ContentType::Clip, QStringLiteral("short_b.mp3"), QStringLiteral("Скидки"));
+        const Track stray =
+            Cached(4, ContentType::Music, QStringLiteral("short_c.mp3"), QStringLiteral("Старая"));
+        QFile leftover(QString::fromStdString(ContentFilesHelper::TemporaryFilenameForTrack(missing)));
+        QVERIFY(leftover.open(QIODevice::WriteOnly));
+        leftover.close();
+
+        player = std::make_unique<Player>(MakeConfiguration({}, {}, {music, missing, clip}));
+        QVERIFY(ContentFilesHelper::FileForTrackExists(music));
+        QVERIFY(ContentFilesHelper::FileForTrackExists(clip));
+        QVERIFY(!ContentFilesHelper::FileForTrackExists(stray));
+        QVERIFY(!leftover.exists());
+        const PlayerState state = player->CurrentState();
+        QVERIFY(!state.playingNow);
+        const auto& musicFiles = state.downloadsInfo.at(ContentType::Music);
+        QCOMPARE(musicFiles.downloaded, 1);
+        QCOMPARE(musicFiles.total, 2);
+        QCOMPARE(musicFiles.downloadedTracks, std::vector<Track>{music});
+        QCOMPARE(state.downloadsInfo.at(ContentType::Clip).downloaded, 1);
+        QCOMPARE(state.downloadsInfo.at(ContentType::Clip).total, 1);
+        QCOMPARE(state.downloadsInfo.at(ContentType::Video).total, 0);
+
+        player->RefreshTrackLikeStatus(ContentType::Music, 2, LikeStatus::Liked);
+        const auto& stored = player->Configuration().tracks.at(ContentType::Music);
+        QCOMPARE(stored.at(0).likeStatus, LikeStatus::None);
+        QCOMPARE(stored.at(1).likeStatus, LikeStatus::Liked);
+    }
+
+private:
+    // Music of two short tracks plays; a configuration of another playlist
+    // arrives once the first track has started.
+    void StartMusicThenUpdate()
+    {
+        const Track a = Cached(1, ContentType::Music, QStringLiteral("short_a.mp3"), QStringLiteral("Ля"));
+        const Track b = Cached(2, ContentType::Music, QStringLiteral("short_b.mp3"), QStringLiteral("Ми"));
+        const Track c = Cached(3, ContentType::Music, QStringLiteral("short_c.mp3"), QStringLiteral("Си"));
+        PlaybackConfiguration first = OnePlaylist("Утро", ContentType::Music, 1, "Музыка", {a, b});
+        // Named, so that its file stays in the cache until the update plays it.
+        first.tracks[ContentType::Music].push_back(c);
+        player = std::make_unique<Player>(first);
+        player->AddObserver(observer.get());
+        player->Start();
+        QTRY_VERIFY_WITH_TIMEOUT(observer->HasEvent(QStringLiteral("track music 1")),
+                                 Tests::Timeouts::Playback);
+        PlaybackConfiguration update = OnePlaylist("Вечер", ContentType::Music, 2, "Вечерняя", {c});
+        update.tracks[ContentType::Music].insert(update.tracks[ContentType::Music].begin(), {a, b});
+        player->UpdateConfiguration(update, false);
+    }
+
+    QTemporaryDir content;
+    std::unique_ptr<Tests::ReferenceService> service;
+    std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
+    std::unique_ptr<Tests::SinkKeepAlive> keepA;
+    std::unique_ptr<Tests::SinkKeepAlive> keepB;
+    std::unique_ptr<RecordingPlayerObserver> observer;
+    std::unique_ptr<Player> player;
+};
+
+QTEST_MAIN(PlayerTest)
+#include "tst_player.moc"
