@@ -10,6 +10,7 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <unordered_map>
 
 namespace Core::ContentPlaying {
 
@@ -23,25 +24,24 @@ namespace {
 
 constexpr const char* missingKeyMessage = "map::at:  key not found";
 
-// The first track of that identifier; a schedule may list one file twice, and the
-// copies are the same file.
-const Track* FindTrack(const std::vector<Track>& tracks, std::int32_t identifier)
-{
-    const auto found = std::find_if(tracks.begin(), tracks.end(),
-                                    [identifier](const Track& track) { return track.id == identifier; });
-    return found == tracks.end() ? nullptr : &*found;
-}
-
+// The first track of each identifier is the one a playlist or an ads block gets;
+// an identifier the configuration does not carry is left out, so the block only
+// gets shorter. The index keeps a week of periods over a large music library from
+// searching the whole track list once per playlist entry.
 std::vector<Track> TracksByIdentifiers(const std::vector<Track>& tracks,
                                        const std::vector<std::int32_t>& identifiers)
 {
+    std::unordered_map<std::int32_t, const Track*> firstById;
+    firstById.reserve(tracks.size());
+    for (const Track& track : tracks) {
+        firstById.emplace(track.id, &track);
+    }
     std::vector<Track> result;
     result.reserve(identifiers.size());
     for (const std::int32_t identifier : identifiers) {
-        // A track the configuration does not carry is left out: the block just
-        // gets shorter.
-        if (const Track* track = FindTrack(tracks, identifier)) {
-            result.push_back(*track);
+        const auto found = firstById.find(identifier);
+        if (found != firstById.end()) {
+            result.push_back(*found->second);
         }
     }
     return result;
