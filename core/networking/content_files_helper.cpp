@@ -21,6 +21,20 @@ QString DirectoryPath(const std::string& name)
     return Utilities::DataDirectory::FilePath(QString::fromStdString(name));
 }
 
+// The data directory as UTF-8, converted again only when it changes: the
+// downloader asks for several names of every file it fetches.
+const std::string& DataDirectoryUtf8()
+{
+    thread_local QString directory;
+    thread_local std::string utf8;
+    const QString current = Utilities::DataDirectory::Path();
+    if (current != directory || utf8.empty()) {
+        directory = current;
+        utf8 = current.toStdString();
+    }
+    return utf8;
+}
+
 } // namespace
 
 std::string ContentFilesHelper::FilenameForTrack(const Track& track)
@@ -31,7 +45,7 @@ std::string ContentFilesHelper::FilenameForTrack(const Track& track)
     const std::string directory = track.contentType == ContentType::Clip
                                       ? "ads"
                                       : DataTypes::Playback::ContentTypeToString(track.contentType);
-    return Utilities::DataDirectory::Path().toStdString() + "/" + directory + "/" + fileName;
+    return DataDirectoryUtf8() + "/" + directory + "/" + fileName;
 }
 
 std::string ContentFilesHelper::TemporaryFilenameForTrack(const Track& track)

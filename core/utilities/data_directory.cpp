@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QStandardPaths>
 
+#include <mutex>
+
 namespace Core::Utilities {
 
 namespace {
@@ -19,9 +21,8 @@ QString ExecutableDirectory()
     return QFileInfo(QStringLiteral("/proc/self/exe")).canonicalFilePath().section(QLatin1Char('/'), 0, -2);
 }
 
-QString ChooseDirectory()
+QString ChooseDirectory(const QString& overridden)
 {
-    const QString overridden = qEnvironmentVariable(DataDirectory::EnvironmentVariable);
     if (!overridden.isEmpty()) {
         return QDir(overridden).absolutePath();
     }
@@ -33,12 +34,36 @@ QString ChooseDirectory()
            QStringLiteral("/zelmar-player");
 }
 
+// The last location chosen and the override it was chosen for. Tests give every
+// case a folder of its own through the override, so a changed value is a new
+// choice and gets its folder made.
+struct Choice
+{
+    bool known = false;
+    QByteArray overridden;
+    QString path;
+};
+
+std::mutex choiceMutex;
+Choice lastChoice;
+
 } // namespace
 
 QString DataDirectory::Path()
 {
-    const QString path = ChooseDirectory();
-    QDir().mkpath(path);
+    const QByteArray overridden = qgetenv(EnvironmentVariable);
+    const std::lock_guard<std::mutex> lock(choiceMutex);
+    if (lastChoice.known && lastChoice.overridden == overridden) {
+        return lastChoice.path;
+    }
+    const QString decoded = QString::fromLocal8Bit(overridden);
+    const QString path = ChooseDirectory(decoded);
+    // A folder that cannot be made now (a read-only or missing mount) is tried
+    // again on the next call rather than remembered as good.
+    const bool created = QDir().mkpath(path);
+    if (created && (decoded.isEmpty() || QDir::isAbsolutePath(decoded))) {
+        lastChoice = Choice{true, overridden, path};
+    }
     return path;
 }
 

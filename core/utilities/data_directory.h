@@ -16,7 +16,10 @@ public:
 
     static constexpr const char* EnvironmentVariable = "ZELMAR_DATA_DIR";
 
-    // Absolute path without a trailing slash; the folder is created when missing.
+    // Absolute path without a trailing slash. The folder is created when a location
+    // is chosen; the choice is remembered until the override changes, because every
+    // log line and every cached file asks for it. A relative override is resolved
+    // against the working directory on each call.
     static QString Path();
     // Path() + "/" + name.
     static QString FilePath(const QString& name);

@@ -3,9 +3,12 @@
 #include "core/utilities/data_directory.h"
 #include "core/utilities/local_time_helper.h"
 
+#include <QDir>
 #include <QFile>
 
-#include <fstream>
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace Core::Utilities {
 
@@ -17,6 +20,30 @@ std::string PeriodFields(const ContentPlaying::PlayablePeriodInfo& period)
     return period.name + " " + period.startTime + " " + period.endTime;
 }
 
+// The log file's name as the file system wants it, remade only when the data
+// directory changes: the downloader writes several entries for every file.
+struct LogFile
+{
+    QString directory;
+    QByteArray encodedName;
+};
+
+const LogFile& CurrentLogFile()
+{
+    thread_local LogFile current;
+    const QString directory = DataDirectory::Path();
+    if (directory != current.directory || current.encodedName.isEmpty()) {
+        current.directory = directory;
+        current.encodedName = QFile::encodeName(directory + QStringLiteral("/log.txt"));
+    }
+    return current;
+}
+
+int OpenForAppending(const QByteArray& name)
+{
+    return ::open(name.constData(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666);
+}
+
 } // namespace
 
 std::string Logger::GetLogFileName()
@@ -26,7 +53,11 @@ std::string Logger::GetLogFileName()
 
 std::string Logger::LocalTimeString()
 {
-    return LocalTimeHelper::GetLocalDateString() + " " + LocalTimeHelper::GetLocalTimeString() + ": ";
+    // One reading of the clock for both halves, so that an entry written at
+    // midnight never carries the old date with the new time.
+    return LocalTimeHelper::TimeStringFromSeconds(LocalTimeHelper::GetDeviceLocalTimeStamp(),
+                                                  "%d.%m.%Y %H:%M:%S") +
+           ": ";
 }
 
 void Logger::Log(const std::string& message)
@@ -126,9 +157,32 @@ void Logger::Append(const std::string& text)
 {
     // A missing or read-only data folder only loses the entry: the player must go on
     // playing whatever happens to its log.
-    std::ofstream file(QFile::encodeName(QString::fromStdString(GetLogFileName())).toStdString(),
-                       std::ios::out | std::ios::app | std::ios::binary);
-    file << text;
+    const LogFile& logFile = CurrentLogFile();
+    int file = OpenForAppending(logFile.encodedName);
+    if (file < 0 && errno == ENOENT) {
+        // Someone removed the whole data folder; the entry brings it back.
+        QDir().mkpath(logFile.directory);
+        file = OpenForAppending(logFile.encodedName);
+    }
+    if (file < 0) {
+        return;
+    }
+    // Nothing is held back in the process: once this returns the entry is in the
+    // file, and a crash right after loses none of it.
+    const char* data = text.data();
+    std::size_t left = text.size();
+    while (left > 0) {
+        const ssize_t written = ::write(file, data, left);
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written <= 0) {
+            break;
+        }
+        data += written;
+        left -= static_cast<std::size_t>(written);
+    }
+    ::close(file);
 }
 
 } // namespace Core::Utilities

@@ -51,16 +51,55 @@ private slots:
         qunsetenv(DataDirectory::EnvironmentVariable);
     }
 
-    void aRelativeOverrideBecomesAbsolute()
+    void aRelativeOverrideFollowsTheWorkingFolder()
     {
-        QTemporaryDir parent;
+        QTemporaryDir first;
+        QTemporaryDir second;
         const QString previous = QDir::currentPath();
-        QVERIFY(QDir::setCurrent(parent.path()));
         qputenv(DataDirectory::EnvironmentVariable, "relative");
-        const QString path = DataDirectory::Path();
+        QVERIFY(QDir::setCurrent(first.path()));
+        const QString underFirst = DataDirectory::Path();
+        QVERIFY(QDir::setCurrent(second.path()));
+        const QString underSecond = DataDirectory::Path();
         QDir::setCurrent(previous);
         qunsetenv(DataDirectory::EnvironmentVariable);
-        QCOMPARE(path, QDir(parent.path()).absoluteFilePath(QStringLiteral("relative")));
+        QCOMPARE(underFirst, QDir(first.path()).absoluteFilePath(QStringLiteral("relative")));
+        QCOMPARE(underSecond, QDir(second.path()).absoluteFilePath(QStringLiteral("relative")));
+        QVERIFY(QFileInfo(underSecond).isDir());
+    }
+
+    void aChangedOverrideIsFollowedEvenBackToAnEarlierValue()
+    {
+        QTemporaryDir parent;
+        const QString first = parent.filePath(QStringLiteral("first"));
+        const QString second = parent.filePath(QStringLiteral("second"));
+        QStringList seen;
+        for (const QString& wanted : {first, second, first}) {
+            qputenv(DataDirectory::EnvironmentVariable, wanted.toLocal8Bit());
+            seen << DataDirectory::Path();
+        }
+        qunsetenv(DataDirectory::EnvironmentVariable);
+        QCOMPARE(seen, QStringList({first, second, first}));
+        QVERIFY(QFileInfo(second).isDir());
+    }
+
+    void aFolderThatCannotBeMadeYetIsTriedAgain()
+    {
+        QTemporaryDir parent;
+        QFile blocker(parent.filePath(QStringLiteral("blocker")));
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        blocker.close();
+        const QString wanted = blocker.fileName() + QStringLiteral("/data");
+        qputenv(DataDirectory::EnvironmentVariable, wanted.toLocal8Bit());
+        const QString whileBlocked = DataDirectory::Path();
+        const bool madeWhileBlocked = QFileInfo(wanted).isDir();
+        QVERIFY(blocker.remove());
+        const QString afterwards = DataDirectory::Path();
+        qunsetenv(DataDirectory::EnvironmentVariable);
+        QCOMPARE(whileBlocked, wanted);
+        QVERIFY(!madeWhileBlocked);
+        QCOMPARE(afterwards, wanted);
+        QVERIFY(QFileInfo(wanted).isDir());
     }
 
     void withoutOverrideAWritableExecutableFolderIsUsed()

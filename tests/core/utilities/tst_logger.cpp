@@ -5,6 +5,7 @@
 #include "core/utilities/logger.h"
 #include "tests/support/test_data_directory.h"
 
+#include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 #include <QtTest>
@@ -174,6 +175,14 @@ private slots:
     {
         Logger::Log("первая");
         QVERIFY(QFile::remove(dataDirectory->FilePath(QStringLiteral("log.txt"))));
+        Logger::Log("вторая");
+        QCOMPARE(ReadLog(), QStringLiteral("[T]вторая\n\n"));
+    }
+
+    void aRemovedDataFolderComesBackWithTheNextEntry()
+    {
+        Logger::Log("первая");
+        QVERIFY(QDir(dataDirectory->Path()).removeRecursively());
         Logger::Log("вторая");
         QCOMPARE(ReadLog(), QStringLiteral("[T]вторая\n\n"));
     }
