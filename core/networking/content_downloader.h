@@ -68,7 +68,8 @@ public:
     // user environment sets it, and it stays empty without a signed-in object.
     void SetObjectCode(const std::string& code);
 
-    // The media of the period that plays now, ahead of everything queued later.
+    // The media of the period that plays now, each track under its own kind. Queued
+    // before the rest of the schedule, it comes down first within each kind.
     void DownloadFilesForPeriod(const ContentPlaying::PlayablePeriod& period);
     void DownloadTracks(const std::vector<DataTypes::Playback::Track>& tracks,
                         const DataTypes::Playback::ContentType& type);

@@ -457,7 +457,7 @@ private slots:
         QVERIFY(arrived.downloadsInfo.at(ContentType::Music).downloaded >= 1);
         QTRY_COMPARE_WITH_TIMEOUT(player->CurrentState().downloadsInfo.at(ContentType::Music).downloaded, 2,
                                   Tests::Timeouts::Process);
-        const auto& downloaded = player->CurrentState().downloadsInfo.at(ContentType::Music).downloadedTracks;
+        const auto downloaded = player->CurrentState().downloadsInfo.at(ContentType::Music).downloadedTracks;
         QCOMPARE(downloaded, (std::vector<Track>{wanted, later}));
 
         QStringList targets;
@@ -543,5 +543,5 @@ private:
     std::unique_ptr<Player> player;
 };
 
-QTEST_MAIN(PlayerTest)
+QTEST_GUILESS_MAIN(PlayerTest)
 #include "tst_player.moc"
