@@ -7,6 +7,8 @@
 #include <QFile>
 
 #include <cerrno>
+#include <cstdlib>
+#include <ctime>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -53,11 +55,22 @@ std::string Logger::GetLogFileName()
 
 std::string Logger::LocalTimeString()
 {
-    // One reading of the clock for both halves, so that an entry written at
+    // Busy moments write several entries a second; the conversion to local time
+    // (which looks at the zone file each time) is made once per second and zone.
+    // One reading of the clock serves both halves, so that an entry written at
     // midnight never carries the old date with the new time.
-    return LocalTimeHelper::TimeStringFromSeconds(LocalTimeHelper::GetDeviceLocalTimeStamp(),
-                                                  "%d.%m.%Y %H:%M:%S") +
-           ": ";
+    thread_local std::time_t stampedSecond = 0;
+    thread_local std::string stampedZone;
+    thread_local std::string stamp;
+    const std::time_t now = LocalTimeHelper::GetDeviceLocalTimeStamp();
+    const char* zone = std::getenv("TZ");
+    const std::string currentZone = zone != nullptr ? zone : "";
+    if (stamp.empty() || now != stampedSecond || currentZone != stampedZone) {
+        stamp = LocalTimeHelper::TimeStringFromSeconds(now, "%d.%m.%Y %H:%M:%S") + ": ";
+        stampedSecond = now;
+        stampedZone = currentZone;
+    }
+    return stamp;
 }
 
 void Logger::Log(const std::string& message)

@@ -67,6 +67,25 @@ private slots:
                  Logger::LocalTimeString().c_str());
     }
 
+    void theStampFollowsAZoneChangedWithinTheSameSecond()
+    {
+        const bool hadZone = qEnvironmentVariableIsSet("TZ");
+        const QByteArray zone = qgetenv("TZ");
+        Clock::SetCurrentDateTimeForTesting(QDateTime(QDate(2026, 11, 21), QTime(12, 0, 5), Qt::UTC));
+        qputenv("TZ", "UTC0");
+        const std::string utc = Logger::LocalTimeString();
+        // POSIX zone texts need no zone database: "UTC-3" is three hours east.
+        qputenv("TZ", "UTC-3");
+        const std::string east = Logger::LocalTimeString();
+        if (hadZone) {
+            qputenv("TZ", zone);
+        } else {
+            qunsetenv("TZ");
+        }
+        QCOMPARE(QString::fromStdString(utc.substr(0, 13)), QStringLiteral("21.11.2026 12"));
+        QCOMPARE(QString::fromStdString(east.substr(0, 13)), QStringLiteral("21.11.2026 15"));
+    }
+
     void plainMessagesKeepPercentSequencesAndAppend()
     {
         Logger::Log("Скидка %1 на всё, 100%");
