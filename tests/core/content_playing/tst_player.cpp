@@ -355,6 +355,32 @@ private slots:
                  std::string("Вечерняя"));
     }
 
+    // Once the last period has ended nothing plays: an update has no track to
+    // wait for and restarts at once, and a skip wakes nothing.
+    void afterTheLastPeriodAnUpdateRestartsAtOnce()
+    {
+        const Track a = Cached(1, ContentType::Music, QStringLiteral("music_a.mp3"), QStringLiteral("Ля"));
+        const Track b = Cached(2, ContentType::Music, QStringLiteral("music_b.mp3"), QStringLiteral("Ми"));
+        const Track photo =
+            Cached(31, ContentType::Photo, QStringLiteral("photo_landscape.jpg"), QStringLiteral("Пейзаж"));
+        PlaybackConfiguration morning = MakeConfiguration(
+            {MakeDay(Today(), {MakePeriod("Утро", "10:00", "10:30", {{ContentType::Music, 1}})})},
+            {MakePlaylist(1, ContentType::Music, "Музыка", {a, b})}, {a, b, photo});
+        player = std::make_unique<Player>(morning);
+        player->AddObserver(observer.get());
+        player->Start();
+        QTRY_VERIFY_WITH_TIMEOUT(observer->HasEvent(QStringLiteral("last period finished")),
+                                 Tests::Timeouts::Playback);
+        QCOMPARE(observer->Events(), (QStringList{"period Утро", "track music 1", "last period finished"}));
+        QVERIFY(player->CurrentState().playingNow);
+
+        player->GoToNextTrack(ContentType::Music);
+        player->UpdateConfiguration(OnePlaylist("День", ContentType::Photo, 3, "Фото", {photo}), false);
+        QCOMPARE(observer->Events(), (QStringList{"period Утро", "track music 1", "last period finished",
+                                                  "period День", "track photo 31"}));
+        QVERIFY(!LogMessages().contains(DeferredRestart));
+    }
+
     // Skipping while a restart waits carries the restart out instead.
     void skippingCarriesOutAPendingRestart()
     {
