@@ -20,8 +20,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <algorithm>
-#include <map>
 #include <memory>
 #include <stdexcept>
 
@@ -37,6 +35,7 @@ using Core::DataTypes::Playback::PlaybackConfiguration;
 using Core::DataTypes::Playback::PlaybackPeriod;
 using Core::DataTypes::Playback::Playlist;
 using Core::DataTypes::Playback::Track;
+using Tests::EventLogMessages;
 using Tests::PlaybackTestTracks;
 using Tests::RecordingPlayerObserver;
 
@@ -47,54 +46,11 @@ std::string Today()
     return Tests::TestPeriods::Today();
 }
 
-PlaybackPeriod MakePeriod(const std::string& name, const std::string& start, const std::string& end,
-                          const std::map<ContentType, int>& playlists)
-{
-    PlaybackPeriod period;
-    period.name = name;
-    period.startTime = start;
-    period.endTime = end;
-    period.contentVolume = 100;
-    period.adsVolume = 100;
-    for (const auto& [type, id] : playlists) {
-        period.playlistIds[type] = id;
-    }
-    return period;
-}
-
-Playlist MakePlaylist(int id, ContentType type, const std::string& name, const std::vector<Track>& tracks)
-{
-    Playlist playlist;
-    playlist.id = id;
-    playlist.contentType = type;
-    playlist.name = name;
-    playlist.image = name + ".png";
-    for (const auto& track : tracks) {
-        playlist.trackIds.push_back(track.id);
-    }
-    return playlist;
-}
-
-Day MakeDay(const std::string& date, const std::vector<PlaybackPeriod>& periods)
-{
-    Day day;
-    // The test day's weekday, as TestPeriods::Text() writes it.
-    day.dayOfWeek = "Суббота";
-    day.date = date;
-    day.periods = periods;
-    return day;
-}
-
-// Every kind of track is present, as the configuration reader leaves it.
-PlaybackConfiguration MakeConfiguration(const std::vector<Day>& days, const std::vector<Playlist>& playlists,
-                                        const std::vector<Track>& tracks,
-                                        const std::vector<AdBlock>& adBlocks = {})
+// No days; every kind of track is present, as the configuration reader leaves it.
+PlaybackConfiguration WithTracks(const std::vector<Track>& tracks)
 {
     PlaybackConfiguration configuration;
     configuration.version = 7;
-    configuration.days = days;
-    configuration.playlists = playlists;
-    configuration.adBlocks = adBlocks;
     for (const ContentType type : AllContentTypes()) {
         configuration.tracks[type];
     }
@@ -104,23 +60,44 @@ PlaybackConfiguration MakeConfiguration(const std::vector<Day>& days, const std:
     return configuration;
 }
 
-// Today, one period from 10:00 to 11:00 with one playlist of `type`.
-PlaybackConfiguration OnePlaylist(const std::string& periodName, ContentType type, int playlistId,
-                                  const std::string& playlistName, const std::vector<Track>& tracks)
+// One period of the test day playing one playlist of the kind of its tracks;
+// `others` are in the configuration without being played.
+PlaybackConfiguration Schedule(const std::string& periodName, const std::string& start,
+                               const std::string& end, const std::string& playlistName,
+                               const std::vector<Track>& played, const std::vector<Track>& others = {})
 {
-    return MakeConfiguration(
-        {MakeDay(Today(), {MakePeriod(periodName, "10:00", "11:00", {{type, playlistId}})})},
-        {MakePlaylist(playlistId, type, playlistName, tracks)}, tracks);
+    std::vector<Track> tracks = played;
+    tracks.insert(tracks.end(), others.begin(), others.end());
+    PlaybackConfiguration configuration = WithTracks(tracks);
+    const ContentType type = played.front().contentType;
+    Playlist playlist;
+    playlist.id = 1;
+    playlist.contentType = type;
+    playlist.name = playlistName;
+    playlist.image = playlistName + ".png";
+    for (const auto& track : played) {
+        playlist.trackIds.push_back(track.id);
+    }
+    configuration.playlists = {playlist};
+    PlaybackPeriod period;
+    period.name = periodName;
+    period.startTime = start;
+    period.endTime = end;
+    period.contentVolume = 100;
+    period.adsVolume = 100;
+    period.playlistIds[type] = 1;
+    Day day;
+    // The test day's weekday, as TestPeriods::Text() writes it.
+    day.dayOfWeek = "Суббота";
+    day.date = Today();
+    day.periods = {period};
+    configuration.days = {day};
+    return configuration;
 }
 
-Track Cached(int id, ContentType type, const QString& media, const QString& title)
+Track Cached(int id, ContentType type, const char* media, const char* title)
 {
-    return PlaybackTestTracks::Cached(id, type, media, title);
-}
-
-QStringList LogMessages()
-{
-    return Tests::EventLogMessages::Read();
+    return PlaybackTestTracks::Cached(id, type, QString::fromUtf8(media), QString::fromUtf8(title));
 }
 
 const QString DeferredRestart =
@@ -191,14 +168,14 @@ private slots:
     // reports the end at once, and updates while off are only stored.
     void switchingOnAndOffWithAnEmptySchedule()
     {
-        player = std::make_unique<Player>(MakeConfiguration({}, {}, {}));
+        player = std::make_unique<Player>(WithTracks({}));
         int stops = 0;
         player->SetPlaybackStopHandler([&stops]() { ++stops; });
         player->AddObserver(observer.get());
         player->AddObserver(observer.get());
 
         player->Stop(true);
-        PlaybackConfiguration newer = MakeConfiguration({}, {}, {});
+        PlaybackConfiguration newer = WithTracks({});
         newer.version = 8;
         player->UpdateConfiguration(newer, false);
         QCOMPARE(player->Configuration().version, 8);
@@ -209,7 +186,7 @@ private slots:
         QVERIFY(observer->calls.back().state.playingNow);
         player->Start();
         QCOMPARE(observer->calls.size(), std::size_t{1});
-        QCOMPARE(LogMessages().count(QStringLiteral("Дни расписания не найдены!")), 1);
+        QCOMPARE(EventLogMessages::Read().count(QStringLiteral("Дни расписания не найдены!")), 1);
 
         player->Stop(true);
         player->Stop(true);
@@ -234,17 +211,15 @@ private slots:
     // player says so and stays on, and user actions have nowhere to go.
     void noPeriodCoversNow()
     {
-        const Track track =
-            Cached(1, ContentType::Music, QStringLiteral("short_a.mp3"), QStringLiteral("Ля"));
+        const Track track = Cached(1, ContentType::Music, "short_a.mp3", "Ля");
         const std::string yesterday =
             QDate::fromString(QString::fromStdString(Today()), QStringLiteral("dd.MM.yyyy"))
                 .addDays(-1)
                 .toString(QStringLiteral("dd.MM.yyyy"))
                 .toStdString();
-        const PlaybackConfiguration configuration = MakeConfiguration(
-            {MakeDay(yesterday, {MakePeriod("Вчера", "10:00", "11:00", {{ContentType::Music, 1}})}),
-             MakeDay(Today(), {MakePeriod("Позже", "11:00", "12:00", {{ContentType::Music, 1}})})},
-            {MakePlaylist(1, ContentType::Music, "Музыка", {track})}, {track});
+        PlaybackConfiguration configuration = Schedule("Вчера", "10:00", "11:00", "Музыка", {track});
+        configuration.days.front().date = yesterday;
+        configuration.days.push_back(Schedule("Позже", "11:00", "12:00", "Музыка", {track}).days.front());
         player = std::make_unique<Player>(configuration);
         player->AddObserver(observer.get());
         player->Start();
@@ -254,7 +229,7 @@ private slots:
         QVERIFY(player->CurrentState().playingNow);
         QCOMPARE(player->CurrentPeriodName(), std::string());
         QVERIFY(player->GetCurrentTracks(ContentType::Music).empty());
-        const QStringList log = LogMessages();
+        const QStringList log = EventLogMessages::Read();
         const QString days = QStringLiteral("Периоды воспроизведения:\n"
                                             "\tСуббота %1\n\t\t Вчера  начало 10:00 конец 11:00\n"
                                             "\tСуббота %2\n\t\t Позже  начало 11:00 конец 12:00")
@@ -270,9 +245,8 @@ private slots:
     // player on with nothing; a corrected one arriving later plays at once.
     void aScheduleThatFailsToBuild()
     {
-        const Track photo =
-            Cached(31, ContentType::Photo, QStringLiteral("photo_landscape.jpg"), QStringLiteral("Пейзаж"));
-        PlaybackConfiguration broken = OnePlaylist("День", ContentType::Photo, 3, "Фото", {photo});
+        const Track photo = Cached(31, ContentType::Photo, "photo_landscape.jpg", "Пейзаж");
+        PlaybackConfiguration broken = Schedule("День", "10:00", "11:00", "Фото", {photo});
         broken.tracks.erase(ContentType::Clip);
         QString reason;
         try {
@@ -288,14 +262,14 @@ private slots:
         QVERIFY(player->CurrentState().playingNow);
         QVERIFY(observer->calls.empty());
         QCOMPARE(player->CurrentPeriodName(), std::string());
-        const QStringList log = LogMessages();
+        const QStringList log = EventLogMessages::Read();
         QCOMPARE(log.count(
                      QStringLiteral("Ошибка построения периодов воспроизведения из конфигурации версии 7: ") +
                      reason),
                  1);
         QVERIFY(!log.join('\n').contains(QStringLiteral("Периоды воспроизведения:")));
 
-        player->UpdateConfiguration(OnePlaylist("День", ContentType::Photo, 3, "Фото", {photo}), false);
+        player->UpdateConfiguration(Schedule("День", "10:00", "11:00", "Фото", {photo}), false);
         QCOMPARE(observer->Events(), (QStringList{"period День", "track photo 31"}));
         const PlayerState& started = observer->calls[observer->IndexOf(QStringLiteral("period День"))].state;
         const auto& shown = started.contentPlayingStates.at(ContentType::Photo);
@@ -309,21 +283,19 @@ private slots:
     // restarts at once.
     void anUpdateWithOnlyPhotosRestartsAtOnce()
     {
-        const Track photo =
-            Cached(31, ContentType::Photo, QStringLiteral("photo_landscape.jpg"), QStringLiteral("Пейзаж"));
-        player = std::make_unique<Player>(OnePlaylist("День", ContentType::Photo, 3, "Фото", {photo}));
+        const Track photo = Cached(31, ContentType::Photo, "photo_landscape.jpg", "Пейзаж");
+        player = std::make_unique<Player>(Schedule("День", "10:00", "11:00", "Фото", {photo}));
         player->AddObserver(observer.get());
         player->Start();
         QCOMPARE(player->CurrentPeriodName(), std::string("День"));
 
-        player->UpdateConfiguration(OnePlaylist("Вечер", ContentType::Photo, 4, "Другие фото", {photo}),
-                                    false);
+        player->UpdateConfiguration(Schedule("Вечер", "10:00", "11:00", "Другие фото", {photo}), false);
         QCOMPARE(observer->Events(),
                  (QStringList{"period День", "track photo 31", "period Вечер", "track photo 31"}));
         QCOMPARE(player->CurrentPeriodName(), std::string("Вечер"));
         QCOMPARE(player->CurrentState().contentPlayingStates.at(ContentType::Photo).playlistName,
                  std::string("Другие фото"));
-        QVERIFY(!LogMessages().contains(DeferredRestart));
+        QVERIFY(!EventLogMessages::Read().contains(DeferredRestart));
         QVERIFY(!player->RestartIfNeeded());
     }
 
@@ -336,15 +308,16 @@ private slots:
             return;
         }
         QVERIFY(!observer->HasEvent(QStringLiteral("period Вечер")));
-        QVERIFY(LogMessages().contains(DeferredRestart));
+        QVERIFY(EventLogMessages::Read().contains(DeferredRestart));
 
-        QTRY_VERIFY2_WITH_TIMEOUT(observer->HasEvent(QStringLiteral("track music 3")),
-                                  qPrintable(observer->Events().join(", ") + "\n" + LogMessages().join("\n")),
-                                  Tests::Timeouts::Playback);
+        QTRY_VERIFY2_WITH_TIMEOUT(
+            observer->HasEvent(QStringLiteral("track music 3")),
+            qPrintable(observer->Events().join(", ") + "\n" + EventLogMessages::Read().join("\n")),
+            Tests::Timeouts::Playback);
         QCOMPARE(observer->Events(),
                  (QStringList{"period Утро", "track music 1", "period Вечер", "track music 3"}));
         // The restart came from the end of the first track, and only from it.
-        const QStringList log = LogMessages();
+        const QStringList log = EventLogMessages::Read();
         QCOMPARE(log.count(Restart), 1);
         const int deferred = static_cast<int>(log.indexOf(DeferredRestart));
         QVERIFY(deferred >= 0);
@@ -359,13 +332,10 @@ private slots:
     // wait for and restarts at once, and a skip wakes nothing.
     void afterTheLastPeriodAnUpdateRestartsAtOnce()
     {
-        const Track a = Cached(1, ContentType::Music, QStringLiteral("music_a.mp3"), QStringLiteral("Ля"));
-        const Track b = Cached(2, ContentType::Music, QStringLiteral("music_b.mp3"), QStringLiteral("Ми"));
-        const Track photo =
-            Cached(31, ContentType::Photo, QStringLiteral("photo_landscape.jpg"), QStringLiteral("Пейзаж"));
-        PlaybackConfiguration morning = MakeConfiguration(
-            {MakeDay(Today(), {MakePeriod("Утро", "10:00", "10:30", {{ContentType::Music, 1}})})},
-            {MakePlaylist(1, ContentType::Music, "Музыка", {a, b})}, {a, b, photo});
+        const Track a = Cached(1, ContentType::Music, "music_a.mp3", "Ля");
+        const Track b = Cached(2, ContentType::Music, "music_b.mp3", "Ми");
+        const Track photo = Cached(31, ContentType::Photo, "photo_landscape.jpg", "Пейзаж");
+        const PlaybackConfiguration morning = Schedule("Утро", "10:00", "10:30", "Музыка", {a, b}, {photo});
         player = std::make_unique<Player>(morning);
         player->AddObserver(observer.get());
         player->Start();
@@ -375,10 +345,10 @@ private slots:
         QVERIFY(player->CurrentState().playingNow);
 
         player->GoToNextTrack(ContentType::Music);
-        player->UpdateConfiguration(OnePlaylist("День", ContentType::Photo, 3, "Фото", {photo}), false);
+        player->UpdateConfiguration(Schedule("День", "10:00", "11:00", "Фото", {photo}), false);
         QCOMPARE(observer->Events(), (QStringList{"period Утро", "track music 1", "last period finished",
                                                   "period День", "track photo 31"}));
-        QVERIFY(!LogMessages().contains(DeferredRestart));
+        QVERIFY(!EventLogMessages::Read().contains(DeferredRestart));
     }
 
     // Skipping while a restart waits carries the restart out instead.
@@ -392,7 +362,7 @@ private slots:
         player->GoToNextTrack(ContentType::Music);
         QCOMPARE(observer->Events(),
                  (QStringList{"period Утро", "track music 1", "period Вечер", "track music 3"}));
-        QCOMPARE(LogMessages().count(Restart), 1);
+        QCOMPARE(EventLogMessages::Read().count(Restart), 1);
         QVERIFY(!player->RestartIfNeeded());
     }
 
@@ -400,18 +370,16 @@ private slots:
     // nothing of the music beneath it, which then plays on.
     void anAdBlockEndResetsOnlyTheClipState()
     {
-        const Track music =
-            Cached(1, ContentType::Music, QStringLiteral("music_a.mp3"), QStringLiteral("Ля"));
-        const Track clip =
-            Cached(50, ContentType::Clip, QStringLiteral("short_c.mp3"), QStringLiteral("Скидки"));
+        const Track music = Cached(1, ContentType::Music, "music_a.mp3", "Ля");
+        const Track clip = Cached(50, ContentType::Clip, "short_c.mp3", "Скидки");
         AdBlock adBlock;
         adBlock.name = "Полдень";
         adBlock.interruptContent = true;
         adBlock.startTime = "10:30";
         adBlock.tracks = {{Today(), 50}};
-        player = std::make_unique<Player>(MakeConfiguration(
-            {MakeDay(Today(), {MakePeriod("Утро", "10:00", "11:00", {{ContentType::Music, 1}})})},
-            {MakePlaylist(1, ContentType::Music, "Музыка", {music})}, {music, clip}, {adBlock}));
+        PlaybackConfiguration configuration = Schedule("Утро", "10:00", "11:00", "Музыка", {music}, {clip});
+        configuration.adBlocks = {adBlock};
+        player = std::make_unique<Player>(configuration);
         player->AddObserver(observer.get());
         player->Start();
 
@@ -429,19 +397,16 @@ private slots:
             return -1;
         };
         QTRY_VERIFY_WITH_TIMEOUT(adEnded() >= 0, Tests::Timeouts::Playback);
-        const PlayerState atEnd = observer->calls[adEnded()].state;
-        const auto& clipState = atEnd.contentPlayingStates.at(ContentType::Clip);
-        QCOMPARE(clipState.progress, 0.0);
-        QCOMPARE(clipState.durationSeconds, 0.0);
-        QCOMPARE(clipState.trackTitle, std::string());
-        QCOMPARE(clipState.trackSubtitle, std::string());
-        QCOMPARE(clipState.trackIdentifier, std::int64_t{50});
-        const auto& musicState = atEnd.contentPlayingStates.at(ContentType::Music);
-        QVERIFY(musicState.playing);
-        QCOMPARE(musicState.trackTitle, std::string("Ля"));
-        QCOMPARE(musicState.trackIdentifier, std::int64_t{1});
-        QCOMPARE(musicState.playlistName, std::string("Музыка"));
-        const double pausedAt = musicState.progress;
+        // The report of the end against the one before it: the clip's entry is
+        // reset, the music's is as it was.
+        auto before = observer->calls[adEnded() - 1].state.contentPlayingStates;
+        const auto after = observer->calls[adEnded()].state.contentPlayingStates;
+        QCOMPARE(before.at(ContentType::Music).trackTitle, std::string("Ля"));
+        before.at(ContentType::Clip).Reset();
+        for (const ContentType type : AllContentTypes()) {
+            QCOMPARE(after.at(type).ToString(), before.at(type).ToString());
+        }
+        const double pausedAt = after.at(ContentType::Music).progress;
         QTRY_VERIFY_WITH_TIMEOUT(player->CurrentState().contentPlayingStates.at(ContentType::Music).progress >
                                      pausedAt + 0.02,
                                  Tests::Timeouts::Playback);
@@ -456,9 +421,10 @@ private slots:
         wanted.path = "short_b.mp3";
         Track later = PlaybackTestTracks::Make(2, ContentType::Music, QString(), QStringLiteral("Си"));
         later.path = "short_c.mp3";
-        PlaybackConfiguration configuration = MakeConfiguration(
-            {MakeDay(Today(), {MakePeriod("Утро", "10:00", "11:00", {{ContentType::Music, 1}})})},
-            {MakePlaylist(1, ContentType::Music, "Музыка", {wanted})}, {later, wanted});
+        // The period's track is the configuration's second: it still comes first.
+        PlaybackConfiguration configuration = Schedule("Утро", "10:00", "11:00", "Музыка", {wanted});
+        configuration.tracks[ContentType::Music].insert(configuration.tracks[ContentType::Music].begin(),
+                                                        later);
         configuration.domains = {service->MediaDomain().toStdString()};
         QVERIFY2(service->Reset(), qPrintable(service->ErrorString()));
 
@@ -491,8 +457,9 @@ private slots:
             targets << request.toObject().value(QStringLiteral("target")).toString();
         }
         QCOMPARE(targets, (QStringList{"/media/shop1/music/short_b.mp3", "/media/shop1/music/short_c.mp3"}));
-        QVERIFY(LogMessages().contains(QStringLiteral("Начато скачивание файла ") + service->MediaDomain() +
-                                       QStringLiteral("shop1/music/short_b.mp3")));
+        QVERIFY(EventLogMessages::Read().contains(QStringLiteral("Начато скачивание файла ") +
+                                                  service->MediaDomain() +
+                                                  QStringLiteral("shop1/music/short_b.mp3")));
 
         // Each report reaches A, then B; the state comes before the track start.
         const int trackLine = static_cast<int>(lines.indexOf(QStringLiteral("A: track music 1")));
@@ -507,18 +474,15 @@ private slots:
     // much of it is there. A like changes the stored configuration too.
     void filesAreCheckedAtConstruction()
     {
-        const Track music =
-            Cached(1, ContentType::Music, QStringLiteral("short_a.mp3"), QStringLiteral("Ля"));
+        const Track music = Cached(1, ContentType::Music, "short_a.mp3", "Ля");
         const Track missing = PlaybackTestTracks::Make(2, ContentType::Music, QStringLiteral("absent.mp3"));
-        const Track clip =
-            Cached(3, ContentType::Clip, QStringLiteral("short_b.mp3"), QStringLiteral("Скидки"));
-        const Track stray =
-            Cached(4, ContentType::Music, QStringLiteral("short_c.mp3"), QStringLiteral("Старая"));
+        const Track clip = Cached(3, ContentType::Clip, "short_b.mp3", "Скидки");
+        const Track stray = Cached(4, ContentType::Music, "short_c.mp3", "Старая");
         QFile leftover(QString::fromStdString(ContentFilesHelper::TemporaryFilenameForTrack(missing)));
         QVERIFY(leftover.open(QIODevice::WriteOnly));
         leftover.close();
 
-        player = std::make_unique<Player>(MakeConfiguration({}, {}, {music, missing, clip}));
+        player = std::make_unique<Player>(WithTracks({music, missing, clip}));
         QVERIFY(ContentFilesHelper::FileForTrackExists(music));
         QVERIFY(ContentFilesHelper::FileForTrackExists(clip));
         QVERIFY(!ContentFilesHelper::FileForTrackExists(stray));
@@ -544,19 +508,17 @@ private:
     // arrives once the first track has started.
     void StartMusicThenUpdate()
     {
-        const Track a = Cached(1, ContentType::Music, QStringLiteral("short_a.mp3"), QStringLiteral("Ля"));
-        const Track b = Cached(2, ContentType::Music, QStringLiteral("short_b.mp3"), QStringLiteral("Ми"));
-        const Track c = Cached(3, ContentType::Music, QStringLiteral("short_c.mp3"), QStringLiteral("Си"));
-        PlaybackConfiguration first = OnePlaylist("Утро", ContentType::Music, 1, "Музыка", {a, b});
-        // Named, so that its file stays in the cache until the update plays it.
-        first.tracks[ContentType::Music].push_back(c);
+        const Track a = Cached(1, ContentType::Music, "short_a.mp3", "Ля");
+        const Track b = Cached(2, ContentType::Music, "short_b.mp3", "Ми");
+        const Track c = Cached(3, ContentType::Music, "short_c.mp3", "Си");
+        // The update's track is named before, so that its file stays in the cache.
+        const PlaybackConfiguration first = Schedule("Утро", "10:00", "11:00", "Музыка", {a, b}, {c});
         player = std::make_unique<Player>(first);
         player->AddObserver(observer.get());
         player->Start();
         QTRY_VERIFY_WITH_TIMEOUT(observer->HasEvent(QStringLiteral("track music 1")),
                                  Tests::Timeouts::Playback);
-        PlaybackConfiguration update = OnePlaylist("Вечер", ContentType::Music, 2, "Вечерняя", {c});
-        update.tracks[ContentType::Music].insert(update.tracks[ContentType::Music].begin(), {a, b});
+        const PlaybackConfiguration update = Schedule("Вечер", "10:00", "11:00", "Вечерняя", {c}, {a, b});
         player->UpdateConfiguration(update, false);
     }
 
