@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <utility>
 
 namespace Core::ContentPlaying {
 
@@ -200,7 +201,10 @@ void PlayablePeriod::StartFromPreviousPeriod(PlayablePeriod& previous)
     InitFinishTimer();
     ScheduleOtherAds();
     if (previous.currentAdBlock) {
-        StartWithPlayingAdBlock(previous.currentAdBlock);
+        // The spots go on here; the finished period no longer plays them.
+        const auto playing = std::move(previous.currentAdBlock);
+        previous.currentAdBlock.reset();
+        StartWithPlayingAdBlock(playing);
     } else {
         StartWithoutPlayingAdBlock();
     }
@@ -354,17 +358,7 @@ std::string PlayablePeriod::ToString() const
 
 void PlayablePeriod::InterruptAdBlockStarted(std::shared_ptr<AdsBlock> block)
 {
-    if (!block) {
-        return;
-    }
-    const bool hasFile = HasSpotToPlay(*block);
-    Logger::LogAdBlockStarted(block->GetName(), block->InterruptsContent(), hasFile);
-    if (!hasFile) {
-        return;
-    }
-    if (currentAdBlock) {
-        Logger::LogAdBlockAdded(block->GetName(), currentAdBlock->GetName());
-        currentAdBlock->AddTracksFromAnotherBlock(*block);
+    if (DueAdBlockIsHandled(block)) {
         return;
     }
     StartAdsBlock(block);
@@ -372,20 +366,29 @@ void PlayablePeriod::InterruptAdBlockStarted(std::shared_ptr<AdsBlock> block)
 
 void PlayablePeriod::NoninterruptAdBlockStarted(std::shared_ptr<AdsBlock> block)
 {
-    if (!block) {
+    if (DueAdBlockIsHandled(block)) {
         return;
+    }
+    HoldOrPlayNewNonInterruptAdBlock(block);
+}
+
+bool PlayablePeriod::DueAdBlockIsHandled(const std::shared_ptr<AdsBlock>& block)
+{
+    if (!block) {
+        return true;
     }
     const bool hasFile = HasSpotToPlay(*block);
     Logger::LogAdBlockStarted(block->GetName(), block->InterruptsContent(), hasFile);
     if (!hasFile) {
-        return;
+        return true;
     }
     if (currentAdBlock) {
+        // Queued behind the spots already playing, whatever its kind.
         Logger::LogAdBlockAdded(block->GetName(), currentAdBlock->GetName());
         currentAdBlock->AddTracksFromAnotherBlock(*block);
-        return;
+        return true;
     }
-    HoldOrPlayNewNonInterruptAdBlock(block);
+    return false;
 }
 
 void PlayablePeriod::BlockDidStartPlayingTrack(AbstractContentBlock& block, const Track& track, bool resumed)

@@ -109,6 +109,9 @@ private:
     void StopContentBlocks();
     void ScheduleOtherAds();
     void SetMuteToVideoIfNeeded();
+    // Logs a due ad block; true when nothing more is to be done with it (no spot to
+    // play, or queued behind the playing ad block).
+    bool DueAdBlockIsHandled(const std::shared_ptr<AdsBlock>& block);
     void StartAdsBlock(const std::shared_ptr<AdsBlock>& block);
     void PauseOrMuteContentBlocksIfNeeded(const AdsBlock& block);
     void HandleCurrentAdBlockFinished();
