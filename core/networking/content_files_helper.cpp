@@ -9,6 +9,8 @@
 #include <QSet>
 #include <QString>
 
+#include <mutex>
+
 namespace Core::ContentPlaying {
 
 using DataTypes::Playback::ContentType;
@@ -22,17 +24,24 @@ QString DirectoryPath(const std::string& name)
 }
 
 // The data directory as UTF-8, converted again only when it changes: the
-// downloader asks for several names of every file it fetches.
-const std::string& DataDirectoryUtf8()
+// downloader asks for several names of every file it fetches. Never destroyed,
+// so that a file dropped while the process shuts down still finds it.
+std::string DataDirectoryUtf8()
 {
-    thread_local QString directory;
-    thread_local std::string utf8;
+    struct Converted
+    {
+        std::mutex mutex;
+        QString directory;
+        std::string utf8;
+    };
+    static Converted* const converted = new Converted;
     const QString current = Utilities::DataDirectory::Path();
-    if (current != directory || utf8.empty()) {
-        directory = current;
-        utf8 = current.toStdString();
+    const std::lock_guard<std::mutex> lock(converted->mutex);
+    if (current != converted->directory || converted->utf8.empty()) {
+        converted->directory = current;
+        converted->utf8 = current.toStdString();
     }
-    return utf8;
+    return converted->utf8;
 }
 
 } // namespace

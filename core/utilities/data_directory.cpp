@@ -36,25 +36,31 @@ QString ChooseDirectory(const QString& overridden)
 
 // The last location chosen and the override it was chosen for. Tests give every
 // case a folder of its own through the override, so a changed value is a new
-// choice and gets its folder made.
+// choice and gets its folder made. Never destroyed: entries logged while the
+// process shuts down still ask for the folder.
 struct Choice
 {
+    std::mutex mutex;
     bool known = false;
     QByteArray overridden;
     QString path;
 };
 
-std::mutex choiceMutex;
-Choice lastChoice;
+Choice& LastChoice()
+{
+    static Choice* const choice = new Choice;
+    return *choice;
+}
 
 } // namespace
 
 QString DataDirectory::Path()
 {
     const QByteArray overridden = qgetenv(EnvironmentVariable);
-    const std::lock_guard<std::mutex> lock(choiceMutex);
-    if (lastChoice.known && lastChoice.overridden == overridden) {
-        return lastChoice.path;
+    Choice& last = LastChoice();
+    const std::lock_guard<std::mutex> lock(last.mutex);
+    if (last.known && last.overridden == overridden) {
+        return last.path;
     }
     const QString decoded = QString::fromLocal8Bit(overridden);
     const QString path = ChooseDirectory(decoded);
@@ -62,7 +68,9 @@ QString DataDirectory::Path()
     // again on the next call rather than remembered as good.
     const bool created = QDir().mkpath(path);
     if (created && (decoded.isEmpty() || QDir::isAbsolutePath(decoded))) {
-        lastChoice = Choice{true, overridden, path};
+        last.known = true;
+        last.overridden = overridden;
+        last.path = path;
     }
     return path;
 }

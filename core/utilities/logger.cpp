@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
+#include <mutex>
 #include <unistd.h>
 
 namespace Core::Utilities {
@@ -22,23 +23,26 @@ std::string PeriodFields(const ContentPlaying::PlayablePeriodInfo& period)
     return period.name + " " + period.startTime + " " + period.endTime;
 }
 
-// The log file's name as the file system wants it, remade only when the data
-// directory changes: the downloader writes several entries for every file.
-struct LogFile
+// What the entries of a busy moment share: the log file's name as the file
+// system wants it, remade only when the data directory changes, and the stamp,
+// remade only when the second or the time zone changes. The downloader writes
+// several entries for every file it fetches. Never destroyed, so that an entry
+// written while the process shuts down still finds it; the lock also keeps
+// entries written from two threads apart.
+struct SharedState
 {
+    std::mutex mutex;
     QString directory;
     QByteArray encodedName;
+    std::time_t stampedSecond = 0;
+    std::string stampedZone;
+    std::string stamp;
 };
 
-const LogFile& CurrentLogFile()
+SharedState& Shared()
 {
-    thread_local LogFile current;
-    const QString directory = DataDirectory::Path();
-    if (directory != current.directory || current.encodedName.isEmpty()) {
-        current.directory = directory;
-        current.encodedName = QFile::encodeName(directory + QStringLiteral("/log.txt"));
-    }
-    return current;
+    static SharedState* const state = new SharedState;
+    return *state;
 }
 
 int OpenForAppending(const QByteArray& name)
@@ -55,22 +59,19 @@ std::string Logger::GetLogFileName()
 
 std::string Logger::LocalTimeString()
 {
-    // Busy moments write several entries a second; the conversion to local time
-    // (which looks at the zone file each time) is made once per second and zone.
     // One reading of the clock serves both halves, so that an entry written at
     // midnight never carries the old date with the new time.
-    thread_local std::time_t stampedSecond = 0;
-    thread_local std::string stampedZone;
-    thread_local std::string stamp;
     const std::time_t now = LocalTimeHelper::GetDeviceLocalTimeStamp();
     const char* zone = std::getenv("TZ");
     const std::string currentZone = zone != nullptr ? zone : "";
-    if (stamp.empty() || now != stampedSecond || currentZone != stampedZone) {
-        stamp = LocalTimeHelper::TimeStringFromSeconds(now, "%d.%m.%Y %H:%M:%S") + ": ";
-        stampedSecond = now;
-        stampedZone = currentZone;
+    SharedState& shared = Shared();
+    const std::lock_guard<std::mutex> lock(shared.mutex);
+    if (shared.stamp.empty() || now != shared.stampedSecond || currentZone != shared.stampedZone) {
+        shared.stamp = LocalTimeHelper::TimeStringFromSeconds(now, "%d.%m.%Y %H:%M:%S") + ": ";
+        shared.stampedSecond = now;
+        shared.stampedZone = currentZone;
     }
-    return stamp;
+    return shared.stamp;
 }
 
 void Logger::Log(const std::string& message)
@@ -170,12 +171,18 @@ void Logger::Append(const std::string& text)
 {
     // A missing or read-only data folder only loses the entry: the player must go on
     // playing whatever happens to its log.
-    const LogFile& logFile = CurrentLogFile();
-    int file = OpenForAppending(logFile.encodedName);
+    const QString directory = DataDirectory::Path();
+    SharedState& shared = Shared();
+    const std::lock_guard<std::mutex> lock(shared.mutex);
+    if (directory != shared.directory || shared.encodedName.isEmpty()) {
+        shared.directory = directory;
+        shared.encodedName = QFile::encodeName(directory + QStringLiteral("/log.txt"));
+    }
+    int file = OpenForAppending(shared.encodedName);
     if (file < 0 && errno == ENOENT) {
         // Someone removed the whole data folder; the entry brings it back.
-        QDir().mkpath(logFile.directory);
-        file = OpenForAppending(logFile.encodedName);
+        QDir().mkpath(directory);
+        file = OpenForAppending(shared.encodedName);
     }
     if (file < 0) {
         return;
