@@ -24,15 +24,18 @@ AdsScheduler::~AdsScheduler()
 void AdsScheduler::ScheduleAds(const std::vector<std::shared_ptr<AdsBlock>>& blocks)
 {
     // One reading of the clock for the whole list, so that blocks due at the same
-    // moment get the same interval and fire in list order.
-    const long now = LocalTimeHelper::LocalTimeToSecondsFromDayStart();
+    // moment get the same interval and fire in list order. A block is due when its
+    // second is later than now's; its timer aims at that second itself, so an ad
+    // scheduled part-way through a second is not late by that part.
+    const std::int64_t nowMs = LocalTimeHelper::LocalTimeToMSecsFromDayStart();
+    const std::int64_t now = nowMs / 1000;
     for (const auto& block : blocks) {
         if (!block) {
             continue;
         }
-        const long start = LocalTimeHelper::StartTimeToSecondsFromDayStart(block->GetStartTimeStr());
+        const std::int64_t start = LocalTimeHelper::StartTimeToSecondsFromDayStart(block->GetStartTimeStr());
         if (start > now) {
-            CreateTimer(start - now, block);
+            CreateTimer(start * 1000 - nowMs, block);
         }
     }
 }
@@ -60,7 +63,7 @@ void AdsScheduler::NotifyObserverAdBlockStarted(const std::shared_ptr<AdsBlock>&
     }
 }
 
-void AdsScheduler::CreateTimer(long seconds, const std::shared_ptr<AdsBlock>& block)
+void AdsScheduler::CreateTimer(std::int64_t milliseconds, const std::shared_ptr<AdsBlock>& block)
 {
     auto* timer = new QTimer();
     timer->setSingleShot(true);
@@ -68,7 +71,7 @@ void AdsScheduler::CreateTimer(long seconds, const std::shared_ptr<AdsBlock>& bl
     timer->setTimerType(Qt::PreciseTimer);
     connect(timer, &QTimer::timeout, this, [this, block]() { NotifyObserverAdBlockStarted(block); });
     timers.push_back(timer);
-    timer->start(static_cast<int>(seconds * 1000));
+    timer->start(static_cast<int>(milliseconds));
 }
 
 } // namespace Core::ContentPlaying

@@ -2,6 +2,7 @@
 
 #include <QObject>
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -32,7 +33,7 @@ public:
     void NotifyObserverAdBlockStarted(const std::shared_ptr<AdsBlock>& block);
 
 private:
-    void CreateTimer(long seconds, const std::shared_ptr<AdsBlock>& block);
+    void CreateTimer(std::int64_t milliseconds, const std::shared_ptr<AdsBlock>& block);
 
     AdsSchedulerObserver* observer;
     std::vector<QTimer*> timers;

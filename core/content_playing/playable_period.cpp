@@ -9,6 +9,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 namespace Core::ContentPlaying {
@@ -469,8 +470,9 @@ void PlayablePeriod::InitFinishTimer()
 {
     // End and now are both counted from today's midnight, so the timer never runs
     // past the end of the day.
-    const int end = LocalTimeHelper::EndTimeToSecondsFromDayStart(info.endTime);
-    const long remaining = end - LocalTimeHelper::LocalTimeToSecondsFromDayStart();
+    const std::int64_t end = LocalTimeHelper::EndTimeToSecondsFromDayStart(info.endTime);
+    const std::int64_t nowMs = LocalTimeHelper::LocalTimeToMSecsFromDayStart();
+    const std::int64_t remaining = end - nowMs / 1000;
     const std::string duration = StringUtils::StringDurationFromSeconds(remaining);
     Logger::Log("Период " + ToString() + " закончится через " + duration);
     if (remaining < 1) {
@@ -478,7 +480,9 @@ void PlayablePeriod::InitFinishTimer()
     }
     Logger::Log("\tЗапуск таймера на окончание периода " + duration);
     finishTimer.setSingleShot(true);
-    finishTimer.setInterval(static_cast<int>(remaining * 1000));
+    // Aimed at the end second itself: a period started part-way through a second
+    // hands over on the boundary, not up to a second after it.
+    finishTimer.setInterval(static_cast<int>(end * 1000 - nowMs));
     finishTimer.start();
 }
 

@@ -98,6 +98,18 @@ int LocalTimeHelper::LocalTimeToSecondsFromDayStart()
     return local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec;
 }
 
+std::int64_t LocalTimeHelper::LocalTimeToMSecsFromDayStart()
+{
+    // One reading of the clock for both the second and its fraction.
+    const std::int64_t nowMs = Clock::CurrentMSecsSinceEpoch();
+    std::tm local{};
+    if (!ToLocalTime(static_cast<std::time_t>(nowMs / 1000), local)) {
+        return 0;
+    }
+    const std::int64_t seconds = local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec;
+    return seconds * 1000 + nowMs % 1000;
+}
+
 int LocalTimeHelper::StartTimeToSecondsFromDayStart(const std::string& text)
 {
     return TimeTextToSeconds(text);

@@ -25,6 +25,9 @@ public:
     // day whose date text equals this exactly.
     static std::string CurrentDateToString();
     static int LocalTimeToSecondsFromDayStart();
+    // The same moment to the millisecond, for timers that must fire on a second
+    // rather than up to a second after it.
+    static std::int64_t LocalTimeToMSecsFromDayStart();
     // "HH:MM" only (two digits, a colon, two digits); any other length, or a
     // five-character text of another shape such as "ab:cd", gives 0.
     static int StartTimeToSecondsFromDayStart(const std::string& text);
