@@ -199,7 +199,10 @@ void TrackListPlayer::StartPlayingCurrentTrack()
     connect(mainPlayer, &VlcWrapper::mediaStatusChanged, this,
             &TrackListPlayer::MainPlayerMediaStatusChanded);
     connect(mainPlayer, &VlcWrapper::positionChanged, this, &TrackListPlayer::MainPlayerPositionChanged);
-    mainPlayer->SetVolume(crossfade ? 0 : volume);
+    // Silent from its first sample when muted: a video under music must not be heard
+    // until the first status report.
+    mainPlayer->SetVolume(crossfade || muted ? 0 : volume);
+    mainPlayer->SetMute(muted);
     mainPlayer->PlayFrom(savedPositionMs);
     savedPositionMs = 0;
     ApplyEqualizer(mainPlayer);
