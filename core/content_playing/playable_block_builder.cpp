@@ -26,22 +26,30 @@ constexpr const char* missingKeyMessage = "map::at:  key not found";
 
 // The first track of each identifier is the one a playlist or an ads block gets;
 // an identifier the configuration does not carry is left out, so the block only
-// gets shorter. The index keeps a week of periods over a large music library from
-// searching the whole track list once per playlist entry.
+// gets shorter. One pass over the kind's tracks looks for the few identifiers a
+// playlist names: a week of periods over a large library then neither searches the
+// whole list once per entry nor indexes all of it once per block.
 std::vector<Track> TracksByIdentifiers(const std::vector<Track>& tracks,
                                        const std::vector<std::int32_t>& identifiers)
 {
     std::unordered_map<std::int32_t, const Track*> firstById;
-    firstById.reserve(tracks.size());
-    for (const Track& track : tracks) {
-        firstById.emplace(track.id, &track);
+    firstById.reserve(identifiers.size());
+    for (const std::int32_t identifier : identifiers) {
+        firstById.emplace(identifier, nullptr);
+    }
+    std::size_t missing = firstById.size();
+    for (auto track = tracks.begin(); track != tracks.end() && missing > 0; ++track) {
+        const auto wanted = firstById.find(track->id);
+        if (wanted != firstById.end() && wanted->second == nullptr) {
+            wanted->second = &*track;
+            --missing;
+        }
     }
     std::vector<Track> result;
     result.reserve(identifiers.size());
     for (const std::int32_t identifier : identifiers) {
-        const auto found = firstById.find(identifier);
-        if (found != firstById.end()) {
-            result.push_back(*found->second);
+        if (const Track* track = firstById.at(identifier)) {
+            result.push_back(*track);
         }
     }
     return result;
