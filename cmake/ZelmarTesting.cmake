@@ -71,8 +71,22 @@ function(zelmar_add_test name)
             list(APPEND env "ZELMAR_TEST_MEDIA_DIR=${ZELMAR_TEST_MEDIA_DIR}")
         elseif(need STREQUAL "sound")
             list(APPEND fixtures zelmar_sound)
+            # Sound tests take turns on two lanes, each a pair of sinks of its own,
+            # so two of them play at once without hearing each other.
+            get_property(lane GLOBAL PROPERTY ZELMAR_NEXT_SOUND_LANE)
+            if(NOT lane)
+                set(lane 0)
+            endif()
+            math(EXPR next_lane "(${lane} + 1) % 2")
+            set_property(GLOBAL PROPERTY ZELMAR_NEXT_SOUND_LANE ${next_lane})
+            if(lane EQUAL 0)
+                set(sink_prefix zelmar_sink)
+            else()
+                set(sink_prefix zelmar_lane${lane}_sink)
+            endif()
             list(APPEND env "PULSE_SERVER=unix:${ZELMAR_TEST_SOUND_DIR}/native"
-                            "ZELMAR_TEST_SINK_A=zelmar_sink_a" "ZELMAR_TEST_SINK_B=zelmar_sink_b")
+                            "PULSE_SINK=${sink_prefix}_a"
+                            "ZELMAR_TEST_SINK_A=${sink_prefix}_a" "ZELMAR_TEST_SINK_B=${sink_prefix}_b")
         elseif(need STREQUAL "service")
             add_dependencies(${name} zelmar-reference-service)
             list(APPEND env "ZELMAR_REFERENCE_SERVICE=$<TARGET_FILE:zelmar-reference-service>")
@@ -90,8 +104,9 @@ function(zelmar_add_test name)
         ENVIRONMENT "${env}"
         FIXTURES_REQUIRED "${fixtures}"
         TIMEOUT ${ARG_TIMEOUT})
-    # Tests that listen to the sinks would hear each other: one at a time.
+    # Tests that listen to the same sinks would hear each other: one at a time
+    # on each lane.
     if("sound" IN_LIST ARG_NEEDS)
-        set_tests_properties(${name} PROPERTIES RESOURCE_LOCK zelmar_sound_sinks)
+        set_tests_properties(${name} PROPERTIES RESOURCE_LOCK zelmar_sound_lane_${lane})
     endif()
 endfunction()
