@@ -8,8 +8,8 @@
 #include "tests/core/content_playing/playback_test_tracks.h"
 #include "tests/core/content_playing/recording_block_observer.h"
 #include "tests/core/content_playing/recording_period_observer.h"
-#include "tests/core/content_playing/sink_keep_alive.h"
 #include "tests/core/content_playing/test_periods.h"
+#include "tests/core/content_playing/test_sinks_keep_alive.h"
 #include "tests/core/content_playing/tone_timeline.h"
 #include "tests/core/content_playing/two_sink_listener.h"
 #include "tests/support/test_data_directory.h"
@@ -97,10 +97,8 @@ private slots:
         QVERIFY(dataDirectory->IsValid());
         observer = std::make_unique<Tests::RecordingPeriodObserver>();
         // Both sinks kept running, so that libvlc plays in real time from the start.
-        keepA = std::make_unique<Tests::SinkKeepAlive>(qEnvironmentVariable("ZELMAR_TEST_SINK_A"));
-        keepB = std::make_unique<Tests::SinkKeepAlive>(qEnvironmentVariable("ZELMAR_TEST_SINK_B"));
-        QVERIFY2(keepA->Start(), qPrintable(keepA->ErrorString()));
-        QVERIFY2(keepB->Start(), qPrintable(keepB->ErrorString()));
+        sinks = std::make_unique<Tests::TestSinksKeepAlive>();
+        QVERIFY2(sinks->Start(), qPrintable(sinks->ErrorString()));
     }
 
     void cleanup()
@@ -392,8 +390,7 @@ private:
 
     std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
     std::unique_ptr<Tests::RecordingPeriodObserver> observer;
-    std::unique_ptr<Tests::SinkKeepAlive> keepA;
-    std::unique_ptr<Tests::SinkKeepAlive> keepB;
+    std::unique_ptr<Tests::TestSinksKeepAlive> sinks;
     std::vector<std::shared_ptr<PlayablePeriod>> periods;
 };
 

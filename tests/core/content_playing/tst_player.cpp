@@ -6,8 +6,8 @@
 #include "tests/core/content_playing/event_log_messages.h"
 #include "tests/core/content_playing/playback_test_tracks.h"
 #include "tests/core/content_playing/recording_player_observer.h"
-#include "tests/core/content_playing/sink_keep_alive.h"
 #include "tests/core/content_playing/test_periods.h"
+#include "tests/core/content_playing/test_sinks_keep_alive.h"
 #include "tests/support/reference_service.h"
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_media.h"
@@ -148,10 +148,8 @@ private slots:
         }
         // A track ends at its end, not where a crossfade would begin.
         Core::Settings::SetUseCrossfade(false);
-        keepA = std::make_unique<Tests::SinkKeepAlive>(qEnvironmentVariable("ZELMAR_TEST_SINK_A"));
-        keepB = std::make_unique<Tests::SinkKeepAlive>(qEnvironmentVariable("ZELMAR_TEST_SINK_B"));
-        QVERIFY2(keepA->Start(), qPrintable(keepA->ErrorString()));
-        QVERIFY2(keepB->Start(), qPrintable(keepB->ErrorString()));
+        sinks = std::make_unique<Tests::TestSinksKeepAlive>();
+        QVERIFY2(sinks->Start(), qPrintable(sinks->ErrorString()));
         observer = std::make_unique<RecordingPlayerObserver>();
     }
 
@@ -525,8 +523,7 @@ private:
     QTemporaryDir content;
     std::unique_ptr<Tests::ReferenceService> service;
     std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
-    std::unique_ptr<Tests::SinkKeepAlive> keepA;
-    std::unique_ptr<Tests::SinkKeepAlive> keepB;
+    std::unique_ptr<Tests::TestSinksKeepAlive> sinks;
     std::unique_ptr<RecordingPlayerObserver> observer;
     std::unique_ptr<Player> player;
 };

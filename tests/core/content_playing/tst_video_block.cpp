@@ -1,7 +1,7 @@
 #include "core/content_playing/video_block.h"
 #include "tests/core/content_playing/playback_test_tracks.h"
 #include "tests/core/content_playing/recording_block_observer.h"
-#include "tests/core/content_playing/sink_keep_alive.h"
+#include "tests/core/content_playing/test_sinks_keep_alive.h"
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_timeouts.h"
 
@@ -85,10 +85,8 @@ private slots:
         QVERIFY(dataDirectory->IsValid());
         observer = std::make_unique<Tests::RecordingBlockObserver>();
         // Both sinks kept running, so that libvlc plays in real time from the start.
-        keepA = std::make_unique<Tests::SinkKeepAlive>(qEnvironmentVariable("ZELMAR_TEST_SINK_A"));
-        keepB = std::make_unique<Tests::SinkKeepAlive>(qEnvironmentVariable("ZELMAR_TEST_SINK_B"));
-        QVERIFY2(keepA->Start(), qPrintable(keepA->ErrorString()));
-        QVERIFY2(keepB->Start(), qPrintable(keepB->ErrorString()));
+        sinks = std::make_unique<Tests::TestSinksKeepAlive>();
+        QVERIFY2(sinks->Start(), qPrintable(sinks->ErrorString()));
     }
 
     void cleanup()
@@ -183,8 +181,7 @@ private slots:
 private:
     std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
     std::unique_ptr<Tests::RecordingBlockObserver> observer;
-    std::unique_ptr<Tests::SinkKeepAlive> keepA;
-    std::unique_ptr<Tests::SinkKeepAlive> keepB;
+    std::unique_ptr<Tests::TestSinksKeepAlive> sinks;
 };
 
 QTEST_MAIN(VideoBlockTest)

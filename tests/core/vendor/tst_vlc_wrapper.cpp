@@ -1,6 +1,6 @@
 #include "core/vendor/audio_preset.h"
 #include "core/vendor/vlc_wrapper.h"
-#include "tests/core/content_playing/sink_keep_alive.h"
+#include "tests/core/content_playing/test_sinks_keep_alive.h"
 #include "tests/core/content_playing/tone_timeline.h"
 #include "tests/core/content_playing/two_sink_listener.h"
 #include "tests/support/pcm_analysis.h"
@@ -80,10 +80,8 @@ private slots:
         dataDirectory = std::make_unique<Tests::TestDataDirectory>();
         QVERIFY(dataDirectory->IsValid());
         // Both sinks kept running, so that libvlc plays in real time from the start.
-        keepA = std::make_unique<Tests::SinkKeepAlive>(qEnvironmentVariable("ZELMAR_TEST_SINK_A"));
-        keepB = std::make_unique<Tests::SinkKeepAlive>(qEnvironmentVariable("ZELMAR_TEST_SINK_B"));
-        QVERIFY2(keepA->Start(), qPrintable(keepA->ErrorString()));
-        QVERIFY2(keepB->Start(), qPrintable(keepB->ErrorString()));
+        sinks = std::make_unique<Tests::TestSinksKeepAlive>();
+        QVERIFY2(sinks->Start(), qPrintable(sinks->ErrorString()));
     }
 
     void cleanup()
@@ -450,8 +448,7 @@ private:
     }
 
     std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
-    std::unique_ptr<Tests::SinkKeepAlive> keepA;
-    std::unique_ptr<Tests::SinkKeepAlive> keepB;
+    std::unique_ptr<Tests::TestSinksKeepAlive> sinks;
 };
 
 QTEST_GUILESS_MAIN(VlcWrapperTest)
