@@ -185,6 +185,7 @@ void TrackListPlayer::StartPlayingCurrentTrack()
     }
     mainPlayerReachedPlaying = false;
     videoReattachPending = false;
+    reopeningAtPosition = savedPositionMs > 0;
     if (observer != nullptr) {
         observer->TrackListPlayerDidStartPlayingTrack(track, false);
     }
@@ -227,6 +228,7 @@ void TrackListPlayer::MainPlayerMediaStatusChanded(VlcStatus status)
     switch (status) {
     case VlcStatus::Playing:
         mainPlayerReachedPlaying = true;
+        reopeningAtPosition = false;
         consecutiveFailures = 0;
         mainPlayer->SetVolume(muted ? 0 : volume);
         mainPlayer->SetMute(muted);
@@ -252,7 +254,7 @@ void TrackListPlayer::MainPlayerMediaStatusChanded(VlcStatus status)
 
 void TrackListPlayer::MainPlayerPositionChanged(float position)
 {
-    if (mainPlayer == nullptr) {
+    if (mainPlayer == nullptr || reopeningAtPosition) {
         return;
     }
     const std::int64_t durationMs = mainPlayer->Duration();
@@ -524,6 +526,7 @@ void TrackListPlayer::Stop()
     DropCrossfadePlayer();
     savedPositionMs = 0;
     videoReattachPending = false;
+    reopeningAtPosition = false;
 }
 
 void TrackListPlayer::StopFaders()
@@ -608,6 +611,7 @@ void TrackListPlayer::ReattachVideo()
     // libvlc cannot move a running video to another window: restart it there from
     // where it was.
     const std::int64_t positionMs = mainPlayer->PositionMs();
+    reopeningAtPosition = positionMs > 0;
     mainPlayer->Stop();
     mainPlayer->SetVideoOutput(videoWidget);
     mainPlayer->PlayFrom(positionMs);

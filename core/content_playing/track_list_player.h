@@ -121,6 +121,10 @@ private:
     // A video given a new widget while playing moves to it once libvlc reports a
     // position to resume from.
     bool videoReattachPending = false;
+    // Set while a video restarted from a position is still opening: libvlc reports
+    // position 0 until it has reached that position, and the progress shown must
+    // not jump back to the start and forward again.
+    bool reopeningAtPosition = false;
 };
 
 } // namespace Core::ContentPlaying

@@ -229,7 +229,8 @@ private slots:
         }
 
         player.Pause();
-        const double paused = ListenTo(ToneA, 0.5);
+        QVERIFY(WaitUntilSilent(ToneA));
+        const double paused = ListenTo(ToneA, 0.5, 0);
         QVERIFY2(paused < NotHeard, qPrintable(QString::number(paused)));
         const auto progressWhilePaused = observer->progress.size();
 
@@ -258,21 +259,23 @@ private slots:
         QVERIFY(WaitUntilHeard(ToneA));
 
         const double full = ListenTo(ToneA, 0.4);
+        QVERIFY2(full > Heard, qPrintable(QString::number(full)));
         player.SetVolume(70);
-        const double lower = ListenTo(ToneA, 0.4);
+        double lower = 0;
+        QVERIFY2(listener->WaitForToneLevel(
+                     ToneA, [&](double level) { return level < full * 0.7; }, 0.4, Tests::Timeouts::Playback,
+                     &lower),
+                 qPrintable(QStringLiteral("%1 / %2").arg(lower).arg(full)));
+        QVERIFY2(lower > NotHeard, qPrintable(QString::number(lower)));
         player.SetMuted(true);
-        const double muted = ListenTo(ToneA, 0.4);
+        QVERIFY(WaitUntilSilent(ToneA));
         // A volume change while muted is kept for later, not heard now.
         player.SetVolume(100);
         const double stillMuted = ListenTo(ToneA, 0.4);
-        player.SetMuted(false);
-        const double unmuted = ListenTo(ToneA, 0.4, 0.6);
-
-        QVERIFY2(full > Heard, qPrintable(QString::number(full)));
-        QVERIFY2(lower < full * 0.7 && lower > NotHeard,
-                 qPrintable(QStringLiteral("%1 / %2").arg(lower).arg(full)));
-        QVERIFY2(muted < NotHeard, qPrintable(QString::number(muted)));
         QVERIFY2(stillMuted < NotHeard, qPrintable(QString::number(stillMuted)));
+        player.SetMuted(false);
+        QVERIFY(WaitUntilHeard(ToneA));
+        const double unmuted = ListenTo(ToneA, 0.4);
         QVERIFY2(std::abs(unmuted - full) < full * 0.2,
                  qPrintable(QStringLiteral("%1 / %2").arg(unmuted).arg(full)));
     }
@@ -326,7 +329,8 @@ private slots:
         player.GoToNextTrack();
         QVERIFY(ListenTo(ToneB, 0.3) > Heard);
         player.Stop();
-        QVERIFY(ListenTo(ToneB, 0.4) < NotHeard);
+        QVERIFY(WaitUntilSilent(ToneB));
+        QVERIFY(ListenTo(ToneB, 0.4, 0) < NotHeard);
         player.Start();
         QVERIFY(ListenTo(ToneA, 0.3) > Heard);
         QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 2, 1}));
@@ -381,6 +385,19 @@ private:
         return QTest::qWaitFor(
             [&]() { return Tests::ToneTimeline::FirstHeard(listener->A(), frequency, Heard, from) >= 0; },
             Tests::Timeouts::Playback);
+    }
+
+    // Waits until the tone has gone quiet on the default sink.
+    bool WaitUntilSilent(double frequency)
+    {
+        double level = -1;
+        const bool silent = listener->WaitForToneLevel(
+            frequency, [](double measured) { return measured < NotHeard; }, 0.3, Tests::Timeouts::Playback,
+            &level);
+        if (!silent) {
+            qWarning("still heard at %f", level);
+        }
+        return silent;
     }
 
     // The level of a tone on the default sink over the next `seconds`, after a

@@ -1,5 +1,6 @@
 #include "tests/core/content_playing/two_sink_listener.h"
 
+#include "tests/core/content_playing/tone_timeline.h"
 #include "tests/support/test_timeouts.h"
 
 #include <QDeadlineTimer>
@@ -82,6 +83,34 @@ bool TwoSinkListener::WaitUntilRecorded(double seconds, int timeoutMs)
             return false;
         }
         QTest::qWait(20);
+    }
+    return true;
+}
+
+bool TwoSinkListener::WaitForToneLevel(double frequency, const std::function<bool(double)>& holds,
+                                       double window, int timeoutMs, double* level)
+{
+    const double from = SecondsRecorded();
+    const QDeadlineTimer deadline(timeoutMs);
+    double measured = -1.0;
+    for (;;) {
+        const double recorded = SecondsRecorded();
+        if (recorded - window >= from) {
+            measured = ToneTimeline::Level(A(), frequency, recorded - window, recorded);
+            if (holds(measured)) {
+                break;
+            }
+        }
+        if (deadline.hasExpired()) {
+            if (level != nullptr) {
+                *level = measured;
+            }
+            return false;
+        }
+        QTest::qWait(20);
+    }
+    if (level != nullptr) {
+        *level = measured;
     }
     return true;
 }

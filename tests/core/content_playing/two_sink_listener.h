@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace Tests {
@@ -34,6 +35,12 @@ public:
     // Waits until both recordings reach `seconds` from their start; false on a
     // timeout.
     bool WaitUntilRecorded(double seconds, int timeoutMs);
+    // Waits until the tone's level on the default sink, over the latest `window`
+    // seconds recorded after the call, satisfies `holds`: a pause, a mute or a
+    // volume change reaches the sink a moment later, longer on a loaded machine.
+    // False on a timeout; `level` receives the last level measured.
+    bool WaitForToneLevel(double frequency, const std::function<bool(double)>& holds, double window,
+                          int timeoutMs, double* level = nullptr);
     void Stop();
 
 private:

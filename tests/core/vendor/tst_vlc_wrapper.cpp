@@ -324,23 +324,30 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(Contains(statuses, VlcStatus::Playing), Tests::Timeouts::Playback);
 
         const double full = ListenFor(listener, 0.6);
+        QVERIFY2(full > Heard, qPrintable(QString::number(full)));
         player.SetVolume(70);
         // PulseAudio confirms a volume asynchronously; libvlc reads back the
         // confirmed one.
         QTRY_COMPARE_WITH_TIMEOUT(player.Volume(), 70, Tests::Timeouts::Quick);
-        const double lower = ListenFor(listener, 0.6);
+        double lower = -1;
+        QVERIFY2(
+            listener.WaitForToneLevel(
+                A, [&](double level) { return level < full * 0.7; }, 0.6, Tests::Timeouts::Playback, &lower),
+            qPrintable(QStringLiteral("%1 at 70 against %2 at 100").arg(lower).arg(full)));
+        QVERIFY2(lower > NotHeard, qPrintable(QString::number(lower)));
         player.SetMute(true);
-        const double muted = ListenFor(listener, 0.6);
+        double muted = -1;
+        QVERIFY2(
+            listener.WaitForToneLevel(
+                A, [](double level) { return level < NotHeard; }, 0.6, Tests::Timeouts::Playback, &muted),
+            qPrintable(QString::number(muted)));
         player.SetMute(false);
-        const double unmuted = ListenFor(listener, 0.6);
-        player.Stop();
-
-        QVERIFY2(full > Heard, qPrintable(QString::number(full)));
-        QVERIFY2(lower < full * 0.7 && lower > NotHeard,
-                 qPrintable(QStringLiteral("%1 at 70 against %2 at 100").arg(lower).arg(full)));
-        QVERIFY2(muted < NotHeard, qPrintable(QString::number(muted)));
-        QVERIFY2(std::abs(unmuted - lower) < lower * 0.3,
+        double unmuted = -1;
+        QVERIFY2(listener.WaitForToneLevel(
+                     A, [&](double level) { return std::abs(level - lower) < lower * 0.3; }, 0.6,
+                     Tests::Timeouts::Playback, &unmuted),
                  qPrintable(QStringLiteral("%1 after unmuting, %2 before").arg(unmuted).arg(lower)));
+        player.Stop();
     }
 
     void equaliserIsAppliedAndRemoved()
@@ -354,21 +361,24 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(Contains(statuses, VlcStatus::Playing), Tests::Timeouts::Playback);
 
         const double plain = ListenFor(listener, 0.6);
+        QVERIFY2(plain > Heard, qPrintable(QString::number(plain)));
         player.SetAmplifier(VlcWrapper::GetMinAmplifierValue());
         player.SetEqualizerBands(
             std::vector<double>(VlcWrapper::GetEqualizerBandCount(), VlcWrapper::GetMinBandValue()));
-        const double equalised = ListenFor(listener, 0.6, 1.0);
-        player.RemoveEqualizer();
-        const double restored = ListenFor(listener, 0.6, 1.0);
-        player.Stop();
-
-        QVERIFY2(plain > Heard, qPrintable(QString::number(plain)));
+        double equalised = -1;
         QVERIFY2(
-            equalised < plain * 0.2,
+            listener.WaitForToneLevel(
+                A, [&](double level) { return level < plain * 0.2; }, 0.6, Tests::Timeouts::Playback,
+                &equalised),
             qPrintable(QStringLiteral("%1 with the equaliser cut, %2 without").arg(equalised).arg(plain)));
-        QVERIFY2(restored > plain * 0.7,
+        player.RemoveEqualizer();
+        double restored = -1;
+        QVERIFY2(listener.WaitForToneLevel(
+                     A, [&](double level) { return level > plain * 0.7; }, 0.6, Tests::Timeouts::Playback,
+                     &restored),
                  qPrintable(
                      QStringLiteral("%1 after removing the equaliser, %2 before").arg(restored).arg(plain)));
+        player.Stop();
     }
 
     void equaliserFactsAndPresets()
