@@ -1,0 +1,1 @@
+// Gives the tests' precompiled headers a target to be built in.
