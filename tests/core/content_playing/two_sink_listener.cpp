@@ -18,9 +18,7 @@ constexpr double FlowingSeconds = 0.2;
 } // namespace
 
 TwoSinkListener::TwoSinkListener()
-    : keepA(qEnvironmentVariable("ZELMAR_TEST_SINK_A"))
-    , keepB(qEnvironmentVariable("ZELMAR_TEST_SINK_B"))
-    , recorderA(qEnvironmentVariable("ZELMAR_TEST_SINK_A"))
+    : recorderA(qEnvironmentVariable("ZELMAR_TEST_SINK_A"))
     , recorderB(qEnvironmentVariable("ZELMAR_TEST_SINK_B"))
 {
 }
@@ -32,12 +30,8 @@ bool TwoSinkListener::Start()
         errorString = QStringLiteral("the sink names are not set: register the test with NEEDS sound");
         return false;
     }
-    if (!keepA.Start()) {
-        errorString = keepA.ErrorString();
-        return false;
-    }
-    if (!keepB.Start()) {
-        errorString = keepB.ErrorString();
+    if (!sinks.Start()) {
+        errorString = sinks.ErrorString();
         return false;
     }
     if (!recorderA.Start()) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/core/content_playing/sink_keep_alive.h"
+#include "tests/core/content_playing/test_sinks_keep_alive.h"
 #include "tests/support/sink_recorder.h"
 
 #include <QString>
@@ -44,8 +44,7 @@ public:
     void Stop();
 
 private:
-    SinkKeepAlive keepA;
-    SinkKeepAlive keepB;
+    TestSinksKeepAlive sinks;
     SinkRecorder recorderA;
     SinkRecorder recorderB;
     QString errorString;
