@@ -9,7 +9,6 @@
 #include "tests/support/test_timeouts.h"
 
 #include <QFileInfo>
-#include <QSignalSpy>
 #include <QUrl>
 #include <QtTest>
 
@@ -133,18 +132,32 @@ private:
             return {-1, -1};
         }
         VlcWrapper player;
-        QSignalSpy statuses(&player, &VlcWrapper::mediaStatusChanged);
         Settings::SetAudioOutputToPlayer(&player);
         player.SetMedia(QUrl::fromLocalFile(Tests::TestMedia::Path(QStringLiteral("short_a.mp3"))));
         const double from = listener.SecondsRecorded();
         player.Play();
-        if (!listener.WaitUntilRecorded(from + 2.0, Tests::Timeouts::Playback)) {
+        // Measured from the moment the tone begins on either sink: a loaded machine
+        // may take a while to open the file, and the tone lasts only 1.5 s.
+        const double frequency = Tests::TestMedia::MusicAFrequency;
+        double onset = -1;
+        const bool heard = QTest::qWaitFor(
+            [&]() {
+                const double onA = Tests::ToneTimeline::FirstHeard(listener.A(), frequency, NotHeard, from);
+                const double onB = Tests::ToneTimeline::FirstHeard(listener.B(), frequency, NotHeard, from);
+                onset = onA < 0 ? onB : (onB < 0 ? onA : std::min(onA, onB));
+                return onset >= 0;
+            },
+            Tests::Timeouts::Playback);
+        if (!heard) {
+            qWarning("the tone was heard on neither sink");
+            return {0, 0};
+        }
+        if (!listener.WaitUntilRecorded(onset + 1.0, Tests::Timeouts::Playback)) {
             return {-1, -1};
         }
         listener.Stop();
-        const double frequency = Tests::TestMedia::MusicAFrequency;
-        return {Tests::ToneTimeline::Level(listener.A(), frequency, from, from + 2.0),
-                Tests::ToneTimeline::Level(listener.B(), frequency, from, from + 2.0)};
+        return {Tests::ToneTimeline::Level(listener.A(), frequency, onset, onset + 1.0),
+                Tests::ToneTimeline::Level(listener.B(), frequency, onset, onset + 1.0)};
     }
 
     QString sinkA;
