@@ -85,28 +85,21 @@ bool TwoSinkListener::WaitForToneLevel(double frequency, const std::function<boo
                                        double window, int timeoutMs, double* level)
 {
     const double from = SecondsRecorded();
-    const QDeadlineTimer deadline(timeoutMs);
     double measured = -1.0;
-    for (;;) {
-        const double recorded = SecondsRecorded();
-        if (recorded - window >= from) {
+    const bool reached = QTest::qWaitFor(
+        [&]() {
+            const double recorded = SecondsRecorded();
+            if (recorded - window < from) {
+                return false;
+            }
             measured = ToneTimeline::Level(A(), frequency, recorded - window, recorded);
-            if (holds(measured)) {
-                break;
-            }
-        }
-        if (deadline.hasExpired()) {
-            if (level != nullptr) {
-                *level = measured;
-            }
-            return false;
-        }
-        QTest::qWait(20);
-    }
+            return holds(measured);
+        },
+        timeoutMs);
     if (level != nullptr) {
         *level = measured;
     }
-    return true;
+    return reached;
 }
 
 void TwoSinkListener::Stop()
