@@ -173,9 +173,7 @@ bool ContentDownloader::SendNextRequest()
 {
     while (!queue.empty()) {
         downloading = true;
-        // The highest priority wins; among equals the one queued first.
-        const auto next = std::max_element(
-            queue.begin(), queue.end(), [](const auto& a, const auto& b) { return a.priority < b.priority; });
+        const auto next = NextQueuedTask();
         currentTask = *next;
         queue.erase(next);
         // Another track with the same file name may have brought it meanwhile.
@@ -193,6 +191,13 @@ bool ContentDownloader::SendNextRequest()
     return false;
 }
 
+std::deque<ContentDownloader::DownloadTask>::iterator ContentDownloader::NextQueuedTask()
+{
+    // The highest priority wins; among equals the one queued first.
+    return std::max_element(queue.begin(), queue.end(),
+                            [](const auto& a, const auto& b) { return a.priority < b.priority; });
+}
+
 bool ContentDownloader::OpenCurrentOutputFile()
 {
     // Nothing of the reply is handled before we are back in the event loop, so
@@ -205,6 +210,7 @@ bool ContentDownloader::OpenCurrentOutputFile()
         CountFailedAttempt(currentTask);
         return false;
     }
+    pendingData.clear();
     receivedMd5.reset();
     receivedBytes = 0;
     Logger::Log("Начато скачивание файла " + currentUrl);
@@ -229,30 +235,35 @@ void ContentDownloader::DownloadReadyRead()
     if (sender() != currentReply || !currentReply || !outputFile.isOpen()) {
         return;
     }
-    WriteReceivedData();
+    pendingData += currentReply->readAll();
+    if (pendingData.size() < PendingLimitBytes || WritePendingData(currentTask)) {
+        return;
+    }
+    // The attempt ends here; the next one may find room once the cleanup has
+    // removed files the schedule no longer needs.
+    DropReply();
+    DropOutputFile();
+    CountFailedAttempt(currentTask);
+    StartNewDownloadTask();
 }
 
-bool ContentDownloader::WriteReceivedData()
+bool ContentDownloader::WritePendingData(const DownloadTask& task)
 {
-    const QByteArray data = currentReply->readAll();
+    const QByteArray data = pendingData;
+    pendingData.clear();
     if (data.isEmpty()) {
         return true;
     }
     if (outputFile.write(data) == data.size()) {
-        if (!currentTask.track.md5.empty()) {
+        if (!task.track.md5.empty()) {
             receivedMd5.addData(data);
         }
         receivedBytes += data.size();
         return true;
     }
-    // Most often a full disk. The attempt ends here; the next one may find room
-    // once the cleanup has removed files the schedule no longer needs.
+    // Most often a full disk.
     Logger::Log("Ошибка записи в файл " + outputFile.fileName().toStdString() + ": " +
                 outputFile.errorString().toStdString());
-    DropReply();
-    DropOutputFile();
-    CountFailedAttempt(currentTask);
-    StartNewDownloadTask();
     return false;
 }
 
@@ -263,9 +274,6 @@ void ContentDownloader::DownloadFinished()
     }
     if (currentReply->error() != QNetworkReply::NoError) {
         HandleReplyFinishedError();
-        return;
-    }
-    if (!WriteReceivedData()) {
         return;
     }
     HandleReplyFinishedNoError();
@@ -288,34 +296,51 @@ void ContentDownloader::HandleReplyFinishedNoError()
     // server announced is the only sign of it.
     const QVariant announced = currentReply->header(QNetworkRequest::ContentLengthHeader);
     const qint64 announcedBytes = announced.isValid() ? announced.toLongLong() : -1;
+    pendingData += currentReply->readAll();
     DropReply();
     const DownloadTask finished = currentTask;
     const QString temporaryName = outputFile.fileName();
-    outputFile.close();
 
+    // The transfer is over, so the next request goes out before this file is
+    // written, checked and moved into place: the server and Qt's network thread
+    // work meanwhile, and still only one transfer runs at a time. Not when a
+    // retry of this file would outrank the next task, since a failed file is
+    // retried before any of lower priority.
+    if (!queue.empty() && NextQueuedTask()->priority >= finished.priority) {
+        SendNextRequest();
+    }
     bool accepted = false;
-    try {
-        accepted = CheckDownloadedFile(finished, temporaryName, announcedBytes);
-    } catch (const std::exception& exception) {
-        Logger::Log(std::string("Исключение при скачивании файла: ") + exception.what());
-        QFile::remove(temporaryName);
+    if (WritePendingData(finished)) {
+        outputFile.close();
+        try {
+            accepted = CheckDownloadedFile(finished, temporaryName, announcedBytes);
+        } catch (const std::exception& exception) {
+            Logger::Log(std::string("Исключение при скачивании файла: ") + exception.what());
+            QFile::remove(temporaryName);
+        }
+    } else {
+        DropOutputFile();
     }
     if (!accepted) {
         CountFailedAttempt(finished);
-        StartNewDownloadTask();
+        ContinueWithNextTask();
         return;
     }
 
-    // The next request goes out before this file is moved into place and
-    // announced, so that the server and Qt's network thread work meanwhile.
-    // The finished transfer is complete: still only one runs at a time.
-    SendNextRequest();
+    if (!currentReply) {
+        SendNextRequest();
+    }
     if (!MoveIntoPlace(finished, temporaryName)) {
         CountFailedAttempt(finished);
     } else if (observer) {
         // The observer may queue more or stop everything.
         observer->FileDownloaderDidFinishDownloadingTrack(finished.track, finished.type);
     }
+    ContinueWithNextTask();
+}
+
+void ContentDownloader::ContinueWithNextTask()
+{
     if (currentReply && !outputFile.isOpen() && OpenCurrentOutputFile()) {
         return;
     }
@@ -399,6 +424,7 @@ void ContentDownloader::DropReply()
 
 void ContentDownloader::DropOutputFile()
 {
+    pendingData.clear();
     if (outputFile.isOpen()) {
         outputFile.close();
         outputFile.remove();

@@ -55,6 +55,10 @@ public:
     // A download that receives nothing for this long fails and is retried, so a
     // stalled connection cannot hold up the whole queue.
     static constexpr int StallTimeoutMs = 30000;
+    // Received data is written and hashed in pieces of at least this size: fewer
+    // writes for large files, and a small file's last piece waits until the next
+    // request has gone out.
+    static constexpr int PendingLimitBytes = 256 * 1024;
 
     explicit ContentDownloader(ContentDownloaderObserver* observer, QObject* parent = nullptr);
     ~ContentDownloader() override;
@@ -102,13 +106,19 @@ private:
     void StartNewDownloadTask();
     // Sends the request of the next queued task; false when none is left.
     bool SendNextRequest();
+    // The queued task to start next; the queue must not be empty.
+    std::deque<DownloadTask>::iterator NextQueuedTask();
+    // After a finished file: opens the file of a request already sent, or
+    // starts the next task.
+    void ContinueWithNextTask();
     // Opens the current task's temporary file; on failure drops its request and
     // counts the attempt.
     bool OpenCurrentOutputFile();
     // Opens the temporary file for writing, making its folder when missing.
     bool OpenOutputFile(const QString& name);
-    // Writes what has arrived; false after a write failure has ended the task.
-    bool WriteReceivedData();
+    // Writes the data held back into the task's file, hashing it when the task
+    // has a digest to check; false, with the error logged, when the write failed.
+    bool WritePendingData(const DownloadTask& task);
     void HandleReplyFinishedError();
     void HandleReplyFinishedNoError();
     // Size and digest of a finished temporary file; a file that fails is removed.
@@ -136,6 +146,8 @@ private:
     QNetworkAccessManager networkAccessManager;
     QNetworkReply* currentReply = nullptr;
     QFile outputFile;
+    // Received, not yet written nor hashed.
+    QByteArray pendingData;
     // The digest is taken as the bytes arrive, which spares reading the file
     // back; it is the digest of exactly what was written.
     QCryptographicHash receivedMd5{QCryptographicHash::Md5};

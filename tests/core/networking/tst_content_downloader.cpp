@@ -173,6 +173,7 @@ private slots:
         WriteContent(QStringLiteral("music/sub/c.mp3"), Pattern(50000, 4));
         WriteContent(QStringLiteral("video/v.mp4"), Pattern(300000, 5));
         WriteContent(QStringLiteral("photo/p.jpg"), Pattern(20000, 6));
+        WriteContent(QStringLiteral("music/large.mp3"), Pattern(4 * 1024 * 1024, 8));
         // Big enough that its download is still running when the helper stops.
         WriteContent(QStringLiteral("music/big.mp3"), Pattern(64 * 1024 * 1024, 7));
         service = std::make_unique<Tests::ReferenceService>(
@@ -326,6 +327,34 @@ private slots:
         }
     }
 
+    // The next request goes out while a finished file is still being checked;
+    // a file that then fails must still be retried in the order the queue gives:
+    // before anything of lower priority, after what was queued before it.
+    void aFailedFileIsRetriedInQueueOrder()
+    {
+        AddFault(ServiceFault(QStringLiteral("media/clip/ad.mp3"), QStringLiteral("wrong_md5"), 1));
+        AddFault(ServiceFault(QStringLiteral("media/music/a.mp3"), QStringLiteral("wrong_md5"), 1));
+        downloader->DownloadFileForTrack(MakeTrack(41, "clip", "ad.mp3"), ContentType::Clip);
+        downloader->DownloadTracks({MakeTrack(1, "music", "a.mp3"), MakeTrack(2, "music", "b.mp3"),
+                                    MakeTrack(3, "music", "sub/c.mp3")},
+                                   ContentType::Music);
+        WaitUntilIdle();
+        QCOMPARE(MediaTargets(), (QStringList{"/media/shop1/clip/ad.mp3", "/media/shop1/clip/ad.mp3",
+                                              "/media/shop1/music/a.mp3", "/media/shop1/music/b.mp3",
+                                              "/media/shop1/music/sub/c.mp3", "/media/shop1/music/a.mp3"}));
+        QCOMPARE(observer->finished,
+                 (QStringList{"ad.mp3 clip", "b.mp3 music", "sub/c.mp3 music", "a.mp3 music"}));
+        QCOMPARE(CachedFiles(), (QStringList{"ads/ad.mp3", "music/a.mp3", "music/b.mp3", "music/c.mp3"}));
+
+        // The event log tells one file's story before the next one's begins.
+        const QString log = EventLog();
+        const int aFailed = log.indexOf(QStringLiteral("\tНеверный md5, ошибка скачивания"),
+                                        log.indexOf(QStringLiteral("music/a.mp3")));
+        const int bStarted = log.indexOf(QStringLiteral("Начато скачивание файла ") + service->MediaDomain() +
+                                         QStringLiteral("shop1/music/b.mp3"));
+        QVERIFY2(aFailed >= 0 && bStarted > aFailed, qPrintable(log));
+    }
+
     // A connection dropped mid-body: Qt may send the request again by itself and
     // may then report half a body as complete. Whatever it does, the cache holds
     // the whole file or nothing, with or without a digest to check.
@@ -377,6 +406,23 @@ private slots:
         QCOMPARE(service->RequestsTo(QStringLiteral("media/music/b.mp3")).size(), 2);
         QCOMPARE(ReadFile(CachePath(musicB)), files.at("music/b.mp3"));
         QVERIFY(!EventLog().contains(QStringLiteral("md5")));
+    }
+
+    // The next file's request goes out while the last one is checked: each file
+    // is still checked against its own track.
+    void filesWithAndWithoutDigestFollowingEachOther()
+    {
+        const Track withDigest = MakeTrack(1, "music", "a.mp3");
+        const Track withoutDigest = MakeTrack(2, "music", "b.mp3", false);
+        const Track withDigestAgain = MakeTrack(3, "music", "sub/c.mp3");
+        downloader->DownloadTracks({withDigest, withoutDigest, withDigestAgain}, ContentType::Music);
+        WaitUntilIdle();
+        QCOMPARE(MediaTargets(), (QStringList{"/media/shop1/music/a.mp3", "/media/shop1/music/b.mp3",
+                                              "/media/shop1/music/sub/c.mp3"}));
+        QCOMPARE(EventLog().count(QStringLiteral("\tСовпадение md5, успешное скачивание")), 2);
+        QCOMPARE(ReadFile(CachePath(withDigest)), files.at("music/a.mp3"));
+        QCOMPARE(ReadFile(CachePath(withoutDigest)), files.at("music/b.mp3"));
+        QCOMPARE(ReadFile(CachePath(withDigestAgain)), files.at("music/sub/c.mp3"));
     }
 
     void fullAddressIsFetchedAsItIs()
@@ -504,22 +550,31 @@ private slots:
         QCOMPARE(observer->finished, QStringList{"a.mp3 music"});
     }
 
-    // The temporary file is a way onto a device that is always full.
+    // The temporary file is a way onto a device that is always full. A small
+    // file is written once it has all arrived, a large one while it arrives.
+    void fullDiskIsAFailedAttempt_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("small") << "a.mp3";
+        QTest::newRow("large") << "large.mp3";
+    }
+
     void fullDiskIsAFailedAttempt()
     {
+        QFETCH(QString, path);
         QVERIFY2(QFileInfo::exists(QStringLiteral("/dev/full")), "this test needs /dev/full");
-        const Track musicA = MakeTrack(1, "music", "a.mp3");
-        QVERIFY(QDir().mkpath(QFileInfo(TemporaryPath(musicA)).path()));
-        QVERIFY(QFile::link(QStringLiteral("/dev/full"), TemporaryPath(musicA)));
-        downloader->DownloadFileForTrack(musicA, ContentType::Music);
+        const Track music = MakeTrack(1, "music", path);
+        QVERIFY(QDir().mkpath(QFileInfo(TemporaryPath(music)).path()));
+        QVERIFY(QFile::link(QStringLiteral("/dev/full"), TemporaryPath(music)));
+        downloader->DownloadFileForTrack(music, ContentType::Music);
         WaitUntilIdle();
         const QString log = EventLog();
-        QVERIFY2(log.contains(QStringLiteral("Ошибка записи в файл ") + TemporaryPath(musicA) + ": "),
+        QVERIFY2(log.contains(QStringLiteral("Ошибка записи в файл ") + TemporaryPath(music) + ": "),
                  qPrintable(log));
         QCOMPARE(log.count(QStringLiteral("Количество попыток скачивания не превышено")), 1);
-        QCOMPARE(observer->finished, QStringList{"a.mp3 music"});
-        QCOMPARE(ReadFile(CachePath(musicA)), files.at("music/a.mp3"));
-        QCOMPARE(CachedFiles(), QStringList{"music/a.mp3"});
+        QCOMPARE(observer->finished, QStringList{path + " music"});
+        QCOMPARE(ReadFile(CachePath(music)), files.at("music/" + path));
+        QCOMPARE(CachedFiles(), QStringList{"music/" + path});
     }
 
     void unwritableCacheFolderDoesNotStopTheOthers()
