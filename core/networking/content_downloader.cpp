@@ -239,12 +239,9 @@ void ContentDownloader::DownloadReadyRead()
     if (pendingData.size() < PendingLimitBytes || WritePendingData(currentTask)) {
         return;
     }
-    // The attempt ends here; the next one may find room once the cleanup has
-    // removed files the schedule no longer needs.
-    DropReply();
-    DropOutputFile();
-    CountFailedAttempt(currentTask);
-    StartNewDownloadTask();
+    // The next attempt may find room once the cleanup has removed files the
+    // schedule no longer needs.
+    FailCurrentAttempt();
 }
 
 bool ContentDownloader::WritePendingData(const DownloadTask& task)
@@ -283,6 +280,11 @@ void ContentDownloader::HandleReplyFinishedError()
 {
     Logger::Log("Ошибка скачивания файла " + outputFile.fileName().toStdString());
     Logger::Log("\t" + currentReply->errorString().toStdString());
+    FailCurrentAttempt();
+}
+
+void ContentDownloader::FailCurrentAttempt()
+{
     DropReply();
     DropOutputFile();
     CountFailedAttempt(currentTask);

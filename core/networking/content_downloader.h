@@ -120,6 +120,9 @@ private:
     // has a digest to check; false, with the error logged, when the write failed.
     bool WritePendingData(const DownloadTask& task);
     void HandleReplyFinishedError();
+    // Abandons the running transfer with its temporary file, counts the attempt
+    // and goes on with the queue.
+    void FailCurrentAttempt();
     void HandleReplyFinishedNoError();
     // Size and digest of a finished temporary file; a file that fails is removed.
     bool CheckDownloadedFile(const DownloadTask& task, const QString& temporaryName, qint64 announcedBytes);
