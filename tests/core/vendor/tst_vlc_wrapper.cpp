@@ -310,7 +310,8 @@ private slots:
         // can only be quieter: it is held to "not louder", and the windows after it
         // to the level heard before the stop.
         constexpr double Window = Tests::ToneTimeline::Window;
-        for (double at = onset; at < onset + 3 * Window; at += Window) {
+        for (int window = 0; window < 3; ++window) {
+            const double at = onset + window * Window;
             const double level = Tests::ToneTimeline::Level(listener.B(), A, at, at + Window);
             QVERIFY2(
                 level < atSeventy * 1.25,
