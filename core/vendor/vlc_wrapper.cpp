@@ -315,7 +315,16 @@ VlcStatus VlcWrapper::GetStatus() const
         // A player libvlc could not make has failed, whatever it was asked to play.
         return VlcStatus::Error;
     }
-    return StatusFromState(static_cast<int>(libvlc_media_player_get_state(player.get())));
+    const VlcStatus status = StatusFromState(static_cast<int>(libvlc_media_player_get_state(player.get())));
+    if (status == VlcStatus::Playing && libvlc_audio_get_track_count(player.get()) <= 0 &&
+        libvlc_video_get_track_count(player.get()) <= 0) {
+        // A file of noise is "playing" for libvlc once some demuxer took it on
+        // trust (MPEG-PS takes anything), yet it holds neither sound nor picture
+        // and ends at once. Real media has its tracks by the time libvlc plays:
+        // until one shows up, the player is still finding what to play.
+        return VlcStatus::Buffering;
+    }
+    return status;
 }
 
 std::string VlcWrapper::GetError() const

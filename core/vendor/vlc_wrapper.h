@@ -80,6 +80,8 @@ public:
     std::int64_t PositionMs() const;
     // Milliseconds; 0 or negative while libvlc has not found the length yet.
     std::int64_t Duration() const;
+    // libvlc's state, except that a media with neither an audio nor a video track
+    // is never Playing: noise libvlc opens on trust ends without having played.
     VlcStatus GetStatus() const;
     // libvlc's last error text on this thread, empty when there is none.
     std::string GetError() const;
