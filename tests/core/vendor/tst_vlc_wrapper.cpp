@@ -126,24 +126,22 @@ private slots:
 
         QVERIFY2(std::abs(player.Duration() - seconds * 1000) < 150,
                  qPrintable(QString::number(player.Duration())));
-        // A fraction of the media that rises while it plays. How many polls fall
-        // within the playback, and how near the end the last one falls, is not
-        // fixed: a libvlc starved of processor time (the first playback of a process
-        // under the sanitizers) drops late audio, and the end comes early.
-        QVERIFY2(positions.count() >= 2, qPrintable(QString::number(positions.count())));
-        float firstMoving = 0;
+        // A fraction of the media that never goes back while it plays. How many
+        // polls fall within the playback is not fixed: the first playback of a
+        // process, starved of processor time under the sanitizers, has been seen
+        // to end after a single moving poll.
         float highest = 0;
         for (const auto& arguments : positions) {
             const float position = arguments.at(0).toFloat();
             // libvlc answers -1 while there is no input to ask.
             QVERIFY2(position <= 1.0f, qPrintable(QString::number(position)));
-            if (firstMoving <= 0) {
-                firstMoving = position;
+            if (position > 0) {
+                QVERIFY2(position >= highest,
+                         qPrintable(QStringLiteral("%1 after %2").arg(position).arg(highest)));
+                highest = position;
             }
-            highest = std::max(highest, position);
         }
-        QVERIFY2(firstMoving > 0 && highest > firstMoving,
-                 qPrintable(QStringLiteral("first %1, highest %2").arg(firstMoving).arg(highest)));
+        QVERIFY2(highest > 0, qPrintable(QString::number(positions.count())));
     }
 
     void unreadableMediaEndsWithoutPlaying_data()
