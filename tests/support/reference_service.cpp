@@ -29,6 +29,18 @@ ReferenceService::~ReferenceService()
     Stop();
 }
 
+std::unique_ptr<ReferenceService> ReferenceService::Started(const QString& scenario, QString* error,
+                                                            const QString& contentDirectory)
+{
+    auto service = std::make_unique<ReferenceService>(
+        SourceDirectory() + QStringLiteral("/tests/tools/scenarios/") + scenario, contentDirectory);
+    if (!service->Start()) {
+        *error = service->ErrorString();
+        return nullptr;
+    }
+    return service;
+}
+
 void ReferenceService::SetTls(const QString& certificate, const QString& key)
 {
     certificateFile = certificate;

@@ -8,6 +8,7 @@
 #include <QProcess>
 #include <QString>
 
+#include <memory>
 #include <optional>
 
 namespace Tests {
@@ -85,6 +86,10 @@ public:
     std::optional<QJsonObject> Control(const QByteArray& method, const QString& path,
                                        const QJsonObject& body = QJsonObject());
 
+    // A service started on tests/tools/scenarios/<scenario>, serving `contentDirectory`;
+    // null when it did not start, with the reason in *error.
+    static std::unique_ptr<ReferenceService> Started(const QString& scenario, QString* error,
+                                                     const QString& contentDirectory = QString());
     // The service's executable (ZELMAR_REFERENCE_SERVICE); empty without it.
     static QString ExecutablePath();
     // The repository (ZELMAR_TEST_SOURCE_DIR), for scenario folders and scripts.
