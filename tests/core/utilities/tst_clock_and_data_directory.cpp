@@ -9,8 +9,18 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <cstdio>
+#include <unistd.h>
+
 using Core::Utilities::Clock;
 using Core::Utilities::DataDirectory;
+
+namespace {
+
+// Set in the copy of this test that is started from a folder it may not write to.
+constexpr const char* installedChild = "ZELMAR_TEST_INSTALLED_COPY";
+
+} // namespace
 
 class ClockAndDataDirectoryTest : public QObject
 {
@@ -22,7 +32,7 @@ private slots:
         Clock::ResetForTesting();
     }
 
-    void aShiftedClockReadsTheGivenTimeAndRunsOn()
+    void aShiftedClockReadsTheGivenTimeAndRunsOnUntilReset()
     {
         const QDateTime target(QDate(2026, 11, 21), QTime(11, 59, 55));
         Clock::SetCurrentDateTimeForTesting(target);
@@ -31,24 +41,25 @@ private slots:
         QCOMPARE(Clock::CurrentSecsSinceEpoch() / 60, target.toSecsSinceEpoch() / 60);
         QTRY_VERIFY_WITH_TIMEOUT(Clock::CurrentMSecsSinceEpoch() > target.toMSecsSinceEpoch() + 100,
                                  Tests::Timeouts::Quick);
-    }
-
-    void resetReturnsToTheSystemClock()
-    {
-        Clock::SetCurrentDateTimeForTesting(QDateTime(QDate(2001, 1, 1), QTime(0, 0)));
         Clock::ResetForTesting();
         QVERIFY(qAbs(Clock::CurrentMSecsSinceEpoch() - QDateTime::currentMSecsSinceEpoch()) < 1000);
     }
 
+    // The override wins, is created, and a changed value is followed, even back to
+    // an earlier one.
     void theEnvironmentOverrideWinsAndIsCreated()
     {
         QTemporaryDir parent;
-        const QString wanted = parent.filePath(QStringLiteral("nested/data"));
-        qputenv(DataDirectory::EnvironmentVariable, wanted.toLocal8Bit());
-        QCOMPARE(DataDirectory::Path(), wanted);
-        QVERIFY(QFileInfo(wanted).isDir());
-        QCOMPARE(DataDirectory::FilePath(QStringLiteral("db.sqlite")), wanted + QStringLiteral("/db.sqlite"));
+        const QString first = parent.filePath(QStringLiteral("nested/first"));
+        const QString second = parent.filePath(QStringLiteral("second"));
+        QStringList seen;
+        for (const QString& wanted : {first, second, first}) {
+            qputenv(DataDirectory::EnvironmentVariable, wanted.toLocal8Bit());
+            seen << DataDirectory::FilePath(QStringLiteral("db.sqlite"));
+        }
         qunsetenv(DataDirectory::EnvironmentVariable);
+        QCOMPARE(seen, QStringList({first + "/db.sqlite", second + "/db.sqlite", first + "/db.sqlite"}));
+        QVERIFY(QFileInfo(first).isDir() && QFileInfo(second).isDir());
     }
 
     void aRelativeOverrideFollowsTheWorkingFolder()
@@ -68,21 +79,7 @@ private slots:
         QVERIFY(QFileInfo(underSecond).isDir());
     }
 
-    void aChangedOverrideIsFollowedEvenBackToAnEarlierValue()
-    {
-        QTemporaryDir parent;
-        const QString first = parent.filePath(QStringLiteral("first"));
-        const QString second = parent.filePath(QStringLiteral("second"));
-        QStringList seen;
-        for (const QString& wanted : {first, second, first}) {
-            qputenv(DataDirectory::EnvironmentVariable, wanted.toLocal8Bit());
-            seen << DataDirectory::Path();
-        }
-        qunsetenv(DataDirectory::EnvironmentVariable);
-        QCOMPARE(seen, QStringList({first, second, first}));
-        QVERIFY(QFileInfo(second).isDir());
-    }
-
+    // A missing mount is not remembered as good: the folder is made once it can be.
     void aFolderThatCannotBeMadeYetIsTriedAgain()
     {
         QTemporaryDir parent;
@@ -102,6 +99,7 @@ private slots:
         QVERIFY(QFileInfo(wanted).isDir());
     }
 
+    // A portable copy keeps its data beside itself.
     void withoutOverrideAWritableExecutableFolderIsUsed()
     {
         const QByteArray saved = qgetenv(DataDirectory::EnvironmentVariable);
@@ -111,6 +109,52 @@ private slots:
         QCOMPARE(path, QCoreApplication::applicationDirPath());
     }
 
+    // An installed player may not write beside itself: its data go to the XDG data
+    // folder. A copy of this test, in a read-only folder and run by an unprivileged
+    // user (for root every folder is writable), reports where its data went.
+    void anUnwritableExecutableFolderFallsBackToXdgData()
+    {
+        if (qEnvironmentVariableIsSet(installedChild)) {
+            std::printf("data directory: %s\n", qPrintable(DataDirectory::Path()));
+            return;
+        }
+        QTemporaryDir root;
+        const QString bin = root.filePath(QStringLiteral("bin"));
+        const QString xdg = root.filePath(QStringLiteral("xdg"));
+        const QString copy = bin + QStringLiteral("/tst_clock_and_data_directory");
+        QVERIFY(QDir().mkpath(bin) && QDir().mkpath(xdg));
+        QVERIFY(QFile::copy(QCoreApplication::applicationFilePath(), copy));
+        QVERIFY(QFile::setPermissions(root.path(),
+                                      QFile::permissions(root.path()) | QFile::ReadOther | QFile::ExeOther));
+        QVERIFY(QFile::setPermissions(bin, QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther |
+                                               QFile::ExeOther));
+        QVERIFY(QFile::setPermissions(xdg, QFile::permissions(xdg) | QFile::WriteOther | QFile::ExeOther));
+
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove(QString::fromLatin1(DataDirectory::EnvironmentVariable));
+        environment.insert(QStringLiteral("XDG_DATA_HOME"), xdg);
+        environment.insert(QString::fromLatin1(installedChild), QStringLiteral("1"));
+        QProcess child;
+        child.setProcessEnvironment(environment);
+        const QStringList arguments{copy, QStringLiteral("anUnwritableExecutableFolderFallsBackToXdgData")};
+        if (geteuid() == 0) {
+            child.start(QStringLiteral("setpriv"),
+                        QStringList{"--reuid=65534", "--regid=65534", "--clear-groups"} + arguments);
+        } else {
+            child.start(arguments.first(), arguments.mid(1));
+        }
+        QVERIFY2(child.waitForStarted(Tests::Timeouts::Process),
+                 "setpriv could not be started: install util-linux (scripts/install-deps)");
+        QVERIFY(child.waitForFinished(Tests::Timeouts::Process));
+        const QString output = QString::fromLocal8Bit(child.readAllStandardOutput());
+        QVERIFY2(child.exitCode() == 0, qPrintable(output + child.readAllStandardError()));
+        QVERIFY2(
+            output.contains(QStringLiteral("data directory: ") + xdg + QStringLiteral("/zelmar-player\n")),
+            qPrintable(output));
+        QVERIFY(QFileInfo(xdg + QStringLiteral("/zelmar-player")).isDir());
+    }
+
+    // Every other test relies on these being fresh and leaving no trace.
     void testDataDirectoriesAreFreshAndRestoreTheOverride()
     {
         qputenv(DataDirectory::EnvironmentVariable, "/somewhere/else");

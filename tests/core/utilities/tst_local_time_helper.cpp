@@ -14,7 +14,10 @@ using Core::Utilities::LocalTimeHelper;
 
 namespace {
 
-// POSIX zone texts need no zone database: "UTC-3" is three hours east of UTC.
+// POSIX zone texts need no zone database: "UTC-3" is three hours east of UTC, and
+// the central European one carries its own summer-time rule.
+constexpr const char* centralEurope = "CET-1CEST,M3.5.0,M10.5.0/3";
+
 void UseTimeZone(const QByteArray& zone)
 {
     qputenv("TZ", zone);
@@ -60,7 +63,8 @@ private slots:
     }
 
     // The same instant reads differently in each zone: the texts and the seconds
-    // since midnight must follow the local wall clock, not UTC.
+    // since midnight follow the local wall clock, which is what the schedule's
+    // periods are written in, across midnight and summer-time changes too.
     void nowIsReadInLocalTime_data()
     {
         QTest::addColumn<QByteArray>("zone");
@@ -68,21 +72,21 @@ private slots:
         QTest::addColumn<int>("secondsFromDayStart");
         // Time, hours and minutes, date.
         QTest::addColumn<QStringList>("texts");
-        const QStringList beforeNoon{"11:59:55", "11:59", "21.11.2026"};
-        QTest::newRow("UTC, five seconds before noon")
-            << QByteArray("UTC0") << Utc(2026, 11, 21, 11, 59, 55) << 43195 << beforeNoon;
-        QTest::newRow("three hours east")
-            << QByteArray("UTC-3") << Utc(2026, 11, 21, 8, 59, 55) << 43195 << beforeNoon;
-        QTest::newRow("five hours west")
-            << QByteArray("UTC+5") << Utc(2026, 11, 21, 16, 59, 55) << 43195 << beforeNoon;
         QTest::newRow("local day already tomorrow") << QByteArray("UTC-12") << Utc(2026, 11, 20, 12, 0, 5)
                                                     << 5 << QStringList({"00:00:05", "00:00", "21.11.2026"});
-        QTest::newRow("local day still yesterday")
+        QTest::newRow("local day still last year")
             << QByteArray("UTC+10") << Utc(2026, 1, 1, 9, 59, 59) << 86399
             << QStringList({"23:59:59", "23:59", "31.12.2025"});
-        QTest::newRow("single-digit day and month padded")
-            << QByteArray("UTC0") << Utc(2027, 3, 5, 7, 8, 9) << 25689
-            << QStringList({"07:08:09", "07:08", "05.03.2027"});
+        QTest::newRow("single digits padded") << QByteArray("UTC0") << Utc(2027, 3, 5, 7, 8, 9) << 25689
+                                              << QStringList({"07:08:09", "07:08", "05.03.2027"});
+        QTest::newRow("last second before summer time")
+            << QByteArray(centralEurope) << Utc(2026, 3, 29, 0, 59, 59) << 7199
+            << QStringList({"01:59:59", "01:59", "29.03.2026"});
+        QTest::newRow("summer time skips an hour")
+            << QByteArray(centralEurope) << Utc(2026, 3, 29, 1, 0, 5) << 10805
+            << QStringList({"03:00:05", "03:00", "29.03.2026"});
+        QTest::newRow("the repeated autumn hour") << QByteArray(centralEurope) << Utc(2026, 10, 25, 1, 30, 0)
+                                                  << 9000 << QStringList({"02:30:00", "02:30", "25.10.2026"});
     }
 
     void nowIsReadInLocalTime()
@@ -105,35 +109,21 @@ private slots:
                  texts + QStringList{texts.last()});
     }
 
-    // Shifted in the machine's own zone, as the player's schedule tests do.
-    void elevenFiftyNineFiftyFiveInTheSystemZone()
-    {
-        Clock::SetCurrentDateTimeForTesting(QDateTime(QDate(2026, 11, 21), QTime(11, 59, 55), Qt::LocalTime));
-        QCOMPARE(LocalTimeHelper::LocalTimeToSecondsFromDayStart(), 11 * 3600 + 59 * 60 + 55);
-        QCOMPARE(Q(LocalTimeHelper::GetLocalTimeString()), QStringLiteral("11:59:55"));
-        QCOMPARE(Q(LocalTimeHelper::CurrentDateToString()), QStringLiteral("21.11.2026"));
-    }
-
+    // Anything but exactly "HH:MM" is 0: the schedule comes from the server and must
+    // never take the player down.
     void scheduleTimeTexts_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<int>("start");
         QTest::addColumn<int>("end");
-
         QTest::newRow("midnight starts the day and ends it") << "00:00" << 0 << 86400;
-        QTest::newRow("one minute past midnight") << "00:01" << 60 << 60;
-        QTest::newRow("morning") << "09:30" << 34200 << 34200;
         QTest::newRow("last minute") << "23:59" << 86340 << 86340;
         QTest::newRow("minutes are decimal, not octal") << "08:09" << 29340 << 29340;
         QTest::newRow("24:00 is not range-checked") << "24:00" << 86400 << 86400;
         QTest::newRow("no leading zero") << "9:30" << 0 << 0;
-        QTest::newRow("empty") << "" << 0 << 0;
         QTest::newRow("with seconds") << "09:30:00" << 0 << 0;
-        QTest::newRow("six characters") << "009:30" << 0 << 0;
-        QTest::newRow("letters") << "ab:cd" << 0 << 0;
         QTest::newRow("one letter") << "1a:30" << 0 << 0;
         QTest::newRow("no colon") << "09-30" << 0 << 0;
-        QTest::newRow("leading blank") << " 9:30" << 0 << 0;
         QTest::newRow("sign") << "-1:30" << 0 << 0;
         // Two Cyrillic letters and a colon are five bytes.
         QTest::newRow("five UTF-8 bytes") << "чч:" << 0 << 0;
@@ -144,9 +134,8 @@ private slots:
         QFETCH(QString, text);
         QFETCH(int, start);
         QFETCH(int, end);
-        const std::string bytes = text.toStdString();
-        QCOMPARE(LocalTimeHelper::StartTimeToSecondsFromDayStart(bytes), start);
-        QCOMPARE(LocalTimeHelper::EndTimeToSecondsFromDayStart(bytes), end);
+        QCOMPARE(LocalTimeHelper::StartTimeToSecondsFromDayStart(text.toStdString()), start);
+        QCOMPARE(LocalTimeHelper::EndTimeToSecondsFromDayStart(text.toStdString()), end);
     }
 
     void deviceTimeIsCorrectWithinAMinute_data()
@@ -155,14 +144,11 @@ private slots:
         const std::int64_t now = Utc(2026, 11, 21, 11, 59, 55).toSecsSinceEpoch();
         QTest::addColumn<std::int64_t>("server");
         QTest::addColumn<bool>("correct");
-        QTest::newRow("same second") << now << true;
         QTest::newRow("server a minute ahead") << now + 60 << true;
         QTest::newRow("server a minute behind") << now - 60 << true;
         QTest::newRow("server 61 s ahead") << now + 61 << false;
         QTest::newRow("server 61 s behind") << now - 61 << false;
-        QTest::newRow("an hour off") << now + 3600 << false;
         // A wild timestamp must not overflow into "correct".
-        QTest::newRow("zero") << std::int64_t{0} << false;
         QTest::newRow("most negative") << std::numeric_limits<std::int64_t>::min() << false;
         QTest::newRow("largest") << std::numeric_limits<std::int64_t>::max() << false;
     }
@@ -177,40 +163,31 @@ private slots:
 
     void timeStringFromSeconds_data()
     {
-        QTest::addColumn<QByteArray>("zone");
         QTest::addColumn<qint64>("seconds");
         QTest::addColumn<QByteArray>("format");
         QTest::addColumn<QString>("expected");
-
-        QTest::newRow("epoch") << QByteArray("UTC0") << qint64{0} << QByteArray("%Y-%m-%d %H:%M:%S")
-                               << "1970-01-01 00:00:00";
-        QTest::newRow("converted to the local zone")
-            << QByteArray("UTC-3") << Utc(2026, 11, 21, 22, 30, 0).toSecsSinceEpoch()
-            << QByteArray("%d.%m.%Y %H:%M") << "22.11.2026 01:30";
+        QTest::newRow("converted to the local zone") << Utc(2026, 11, 21, 22, 30, 0).toSecsSinceEpoch()
+                                                     << QByteArray("%d.%m.%Y %H:%M") << "22.11.2026 01:30";
         QTest::newRow("before the epoch")
-            << QByteArray("UTC0") << qint64{-86400} << QByteArray("%d.%m.%Y") << "31.12.1969";
-        QTest::newRow("empty format") << QByteArray("UTC0") << qint64{0} << QByteArray("") << "";
+            << qint64{-86400 - 3 * 3600} << QByteArray("%d.%m.%Y") << "31.12.1969";
         // The result goes through a 32-byte buffer: 31 characters and the
         // terminator fit, one more does not, and nothing half-written comes back.
         QTest::newRow("31 characters fit")
-            << QByteArray("UTC0") << qint64{0} << QByteArray("%Y-%m-%d %H:%M:%S ...........")
-            << "1970-01-01 00:00:00 ...........";
+            << qint64{0} << QByteArray("%Y-%m-%d %H:%M:%S ...........") << "1970-01-01 03:00:00 ...........";
         QTest::newRow("32 characters do not")
-            << QByteArray("UTC0") << qint64{0} << QByteArray("%Y-%m-%d %H:%M:%S ............") << "";
+            << qint64{0} << QByteArray("%Y-%m-%d %H:%M:%S ............") << "";
         // A year beyond what struct tm can hold, and no format at all.
         QTest::newRow("unconvertible time")
-            << QByteArray("UTC0") << qint64{std::numeric_limits<std::time_t>::max()} << QByteArray("%Y")
-            << "";
-        QTest::newRow("no format") << QByteArray("UTC0") << qint64{0} << QByteArray() << "";
+            << qint64{std::numeric_limits<std::time_t>::max()} << QByteArray("%Y") << "";
+        QTest::newRow("no format") << qint64{0} << QByteArray() << "";
     }
 
     void timeStringFromSeconds()
     {
-        QFETCH(QByteArray, zone);
         QFETCH(qint64, seconds);
         QFETCH(QByteArray, format);
         QFETCH(QString, expected);
-        UseTimeZone(zone);
+        UseTimeZone("UTC-3");
         QCOMPARE(Q(LocalTimeHelper::TimeStringFromSeconds(static_cast<std::time_t>(seconds),
                                                           format.isNull() ? nullptr : format.constData())),
                  expected);

@@ -3,20 +3,30 @@
 #include "core/data_types/playback/track.h"
 #include "core/utilities/clock.h"
 #include "core/utilities/logger.h"
+#include "tests/support/event_log.h"
 #include "tests/support/test_data_directory.h"
+#include "tests/support/test_timeouts.h"
 
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 #include <QtTest>
 
+#include <cstdlib>
+#include <functional>
 #include <memory>
+#include <thread>
 
 using Core::Utilities::Clock;
 using Core::Utilities::Logger;
 using namespace Core::DataTypes::Playback;
 
+Q_DECLARE_METATYPE(std::function<void()>)
+
 namespace {
+
+// Set in the copy of this test that is started to log while it exits.
+constexpr const char* exitingChild = "ZELMAR_TEST_LOG_WHILE_EXITING";
 
 Core::ContentPlaying::PlayablePeriodInfo Period(const std::string& name, const std::string& start,
                                                 const std::string& end)
@@ -25,9 +35,16 @@ Core::ContentPlaying::PlayablePeriodInfo Period(const std::string& name, const s
     info.name = name;
     info.startTime = start;
     info.endTime = end;
-    info.date = "21.11.2026";
-    info.dayOfWeek = "Суббота";
     return info;
+}
+
+PlaybackPeriod SchedulePeriod(const std::string& name, const std::string& start, const std::string& end)
+{
+    PlaybackPeriod period;
+    period.name = name;
+    period.startTime = start;
+    period.endTime = end;
+    return period;
 }
 
 } // namespace
@@ -53,18 +70,78 @@ private slots:
         dataDirectory.reset();
     }
 
-    void logFileLivesInTheDataDirectory()
+    void entryLayouts_data()
     {
-        QCOMPARE(QString::fromStdString(Logger::GetLogFileName()),
-                 dataDirectory->FilePath(QStringLiteral("log.txt")));
+        QTest::addColumn<std::function<void()>>("write");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("plain message keeps percent sequences")
+            << std::function<void()>([] { Logger::Log("Скидка %1 на всё, 100%"); })
+            << "[T]Скидка %1 на всё, 100%\n\n";
+        QTest::newRow("start of the application")
+            << std::function<void()>(Logger::LogAppRunned)
+            << "\n\n[T]------------------ ЗАПУСК ПРИЛОЖЕНИЯ ------------------\n\n";
+        QTest::newRow("days and their periods")
+            << std::function<void()>([] {
+                   Day saturday;
+                   saturday.dayOfWeek = "Суббота";
+                   saturday.date = "21.11.2026";
+                   saturday.periods = {SchedulePeriod("Утро", "08:00", "12:00"),
+                                       SchedulePeriod("День", "12:00", "00:00")};
+                   Day sunday;
+                   sunday.dayOfWeek = "Воскресенье";
+                   sunday.date = "22.11.2026";
+                   Logger::LogDays({saturday, sunday});
+               })
+            << "[T]Периоды воспроизведения:\n\tСуббота 21.11.2026\n\t\t Утро  начало 08:00 конец 12:00\n"
+               "\t\t День  начало 12:00 конец 00:00\n\tВоскресенье 22.11.2026\n\n";
+        QTest::newRow("an empty schedule")
+            << std::function<void()>([] { Logger::LogDays({}); }) << "[T]Дни расписания не найдены!\n\n";
+        QTest::newRow("track started") << std::function<void()>([] {
+            Track track;
+            track.id = 17;
+            track.name = "Летний дождь";
+            track.author = "Оркестр";
+            track.contentType = ContentType::Clip;
+            Logger::LogTrackStarted(track);
+        }) << "[T] Начато воспроизведение трека:\n\tЛетний дождь-Оркестр 17 clip\n\n";
+        QTest::newRow("periods") << std::function<void()>([] {
+            Logger::LogPeriodStarted(Period("Утро", "08:00", "12:00"));
+            Logger::LogPeriodChanged(Period("Утро", "08:00", "12:00"), Period("День", "12:00", "00:00"));
+            Logger::LogLastPeriodFinished(Period("Ночь", "22:00", "00:00"));
+        })
+                                 << "[T]Начался период без завершения предъидущего: Утро 08:00-12:00\n\n"
+                                    "[T]Период закончился:Утро 08:00 12:00 Начался:День 12:00 00:00\n\n"
+                                    "[T]Последний период закончился:Ночь 22:00 00:00\n\n";
+        QTest::newRow("ad blocks")
+            << std::function<void()>([] {
+                   Logger::LogAdBlockStarted("Скидки", true, false);
+                   Logger::LogAdBlockStarted("Новинки", false, true);
+                   Logger::LogAdBlockAdded("Новинки", "Скидки");
+               })
+            << "[T]Настало время реклманого блока Скидки\n\n[T]Блок Скидки должен прерывать контент\n\n"
+               "[T]У блока Скидки нет скачанных файлов\n\n[T]Настало время реклманого блока Новинки\n\n"
+               "[T]Блок Новинки НЕ должен прерывать контент\n\n[T]У блока Новинки есть скачанные файлы\n\n"
+               "[T]Треки рекламного блока Новинки добавлены к рекламному блоку Скидки\n\n";
+        QTest::newRow("hosts")
+            << std::function<void()>([] {
+                   Logger::LogHostsAvailabilityStarted({"https://cdn1.example/", "http://127.0.0.1:8091/"});
+                   Logger::LogHostAvailable("http://127.0.0.1:8091/");
+                   Logger::LogNoHostAvailable();
+               })
+            << "[T]Поиск доступного хоста начат, хосты для проверки (2):\n"
+               "\thttps://cdn1.example/\n\thttp://127.0.0.1:8091/\n\n"
+               "[T]Хост доступен: http://127.0.0.1:8091/\n\n[T]Ни один хост не доступен!!!\n\n";
     }
 
-    void prefixIsLocalDateAndTime()
+    void entryLayouts()
     {
-        QVERIFY2(QRegularExpression(QStringLiteral("^21\\.11\\.2026 11:59:5\\d: $"))
-                     .match(QString::fromStdString(Logger::LocalTimeString()))
-                     .hasMatch(),
-                 Logger::LocalTimeString().c_str());
+        QFETCH(std::function<void()>, write);
+        QFETCH(QString, expected);
+        write();
+        QString text = Tests::EventLog::Text();
+        text.replace(QRegularExpression(QStringLiteral("21\\.11\\.2026 11:59:5\\d: ")),
+                     QStringLiteral("[T]"));
+        QCOMPARE(text, expected);
     }
 
     void theStampFollowsAZoneChangedWithinTheSameSecond()
@@ -82,128 +159,21 @@ private slots:
         } else {
             qunsetenv("TZ");
         }
+        // The clock runs on from the time it was set to: compare up to the hour.
         QCOMPARE(QString::fromStdString(utc.substr(0, 13)), QStringLiteral("21.11.2026 12"));
         QCOMPARE(QString::fromStdString(east.substr(0, 13)), QStringLiteral("21.11.2026 15"));
     }
 
-    void plainMessagesKeepPercentSequencesAndAppend()
-    {
-        Logger::Log("Скидка %1 на всё, 100%");
-        Logger::Log("второе");
-        QCOMPARE(ReadLog(), QStringLiteral("[T]Скидка %1 на всё, 100%\n\n[T]второе\n\n"));
-    }
-
-    void startOfTheApplication()
-    {
-        Logger::LogAppRunned();
-        Logger::LogEmptyLine();
-        QCOMPARE(ReadLog(),
-                 QStringLiteral("\n\n[T]------------------ ЗАПУСК ПРИЛОЖЕНИЯ ------------------\n\n\n\n"));
-    }
-
-    void daysAndTheirPeriods()
-    {
-        Day saturday;
-        saturday.dayOfWeek = "Суббота";
-        saturday.date = "21.11.2026";
-        PlaybackPeriod morning;
-        morning.name = "Утро";
-        morning.startTime = "08:00";
-        morning.endTime = "12:00";
-        PlaybackPeriod rest;
-        rest.name = "День";
-        rest.startTime = "12:00";
-        rest.endTime = "00:00";
-        saturday.periods = {morning, rest};
-        Day sunday;
-        sunday.dayOfWeek = "Воскресенье";
-        sunday.date = "22.11.2026";
-
-        Logger::LogDays({saturday, sunday});
-        QCOMPARE(ReadLog(), QStringLiteral("[T]Периоды воспроизведения:\n"
-                                           "\tСуббота 21.11.2026\n"
-                                           "\t\t Утро  начало 08:00 конец 12:00\n"
-                                           "\t\t День  начало 12:00 конец 00:00\n"
-                                           "\tВоскресенье 22.11.2026\n"
-                                           "\n"));
-    }
-
-    void anEmptyScheduleSaysSoAndNothingElse()
-    {
-        Logger::LogDays({});
-        QCOMPARE(ReadLog(), QStringLiteral("[T]Дни расписания не найдены!\n\n"));
-    }
-
-    void trackStarted()
-    {
-        Track track;
-        track.id = 17;
-        track.name = "Летний дождь";
-        track.author = "Оркестр";
-        track.contentType = ContentType::Music;
-        Logger::LogTrackStarted(track);
-        track.contentType = ContentType::Clip;
-        track.name = "Распродажа";
-        track.author = "";
-        Logger::LogTrackStarted(track);
-        QCOMPARE(ReadLog(),
-                 QStringLiteral("[T] Начато воспроизведение трека:\n\tЛетний дождь-Оркестр 17 music\n\n"
-                                "[T] Начато воспроизведение трека:\n\tРаспродажа- 17 clip\n\n"));
-    }
-
-    void periods()
-    {
-        Logger::LogPeriodStarted(Period("Утро", "08:00", "12:00"));
-        Logger::LogPeriodChanged(Period("Утро", "08:00", "12:00"), Period("День", "12:00", "00:00"));
-        Logger::LogLastPeriodFinished(Period("Ночь", "22:00", "00:00"));
-        QCOMPARE(ReadLog(),
-                 QStringLiteral("[T]Начался период без завершения предъидущего: Утро 08:00-12:00\n\n"
-                                "[T]Период закончился:Утро 08:00 12:00 Начался:День 12:00 00:00\n\n"
-                                "[T]Последний период закончился:Ночь 22:00 00:00\n\n"));
-    }
-
-    void adBlocks()
-    {
-        Logger::LogAdBlockStarted("Скидки", true, false);
-        Logger::LogAdBlockStarted("Новинки", false, true);
-        Logger::LogAdBlockAdded("Новинки", "Скидки");
-        QCOMPARE(ReadLog(),
-                 QStringLiteral("[T]Настало время реклманого блока Скидки\n\n"
-                                "[T]Блок Скидки должен прерывать контент\n\n"
-                                "[T]У блока Скидки нет скачанных файлов\n\n"
-                                "[T]Настало время реклманого блока Новинки\n\n"
-                                "[T]Блок Новинки НЕ должен прерывать контент\n\n"
-                                "[T]У блока Новинки есть скачанные файлы\n\n"
-                                "[T]Треки рекламного блока Новинки добавлены к рекламному блоку Скидки\n\n"));
-    }
-
-    void hosts()
-    {
-        Logger::LogHostsAvailabilityStarted({"https://cdn1.example/", "http://127.0.0.1:8091/"});
-        Logger::LogHostsAvailabilityStarted({});
-        Logger::LogHostAvailable("http://127.0.0.1:8091/");
-        Logger::LogNoHostAvailable();
-        QCOMPARE(ReadLog(), QStringLiteral("[T]Поиск доступного хоста начат, хосты для проверки (2):\n"
-                                           "\thttps://cdn1.example/\n\thttp://127.0.0.1:8091/\n\n"
-                                           "[T]Поиск доступного хоста начат, хосты для проверки (0):\n\n"
-                                           "[T]Хост доступен: http://127.0.0.1:8091/\n\n"
-                                           "[T]Ни один хост не доступен!!!\n\n"));
-    }
-
-    void aDeletedLogComesBackWithTheNextEntry()
+    // Support deletes the log, or the whole folder, while the player runs.
+    void aDeletedLogOrFolderComesBackWithTheNextEntry()
     {
         Logger::Log("первая");
         QVERIFY(QFile::remove(dataDirectory->FilePath(QStringLiteral("log.txt"))));
         Logger::Log("вторая");
-        QCOMPARE(ReadLog(), QStringLiteral("[T]вторая\n\n"));
-    }
-
-    void aRemovedDataFolderComesBackWithTheNextEntry()
-    {
-        Logger::Log("первая");
+        QCOMPARE(Tests::EventLog::Entries(), QStringList{QStringLiteral("вторая")});
         QVERIFY(QDir(dataDirectory->Path()).removeRecursively());
-        Logger::Log("вторая");
-        QCOMPARE(ReadLog(), QStringLiteral("[T]вторая\n\n"));
+        Logger::Log("третья");
+        QCOMPARE(Tests::EventLog::Entries(), QStringList{QStringLiteral("третья")});
     }
 
     void anUnwritableLocationLosesEntriesQuietly()
@@ -218,19 +188,54 @@ private slots:
         QVERIFY(!QFile::exists(QString::fromStdString(Logger::GetLogFileName())));
     }
 
-private:
-    QString ReadLog() const
+    // The downloader and the player log at once: no entry may be cut into another.
+    void entriesFromSeveralThreadsStayWhole()
     {
-        QFile file(dataDirectory->FilePath(QStringLiteral("log.txt")));
-        if (!file.open(QIODevice::ReadOnly)) {
-            return QStringLiteral("<no log>");
+        QStringList expected;
+        std::vector<std::thread> threads;
+        for (int t = 0; t < 4; ++t) {
+            for (int i = 0; i < 200; ++i) {
+                expected << QStringLiteral("поток %1, запись %2").arg(t).arg(i);
+            }
+            threads.emplace_back([t] {
+                for (int i = 0; i < 200; ++i) {
+                    Logger::Log("поток " + std::to_string(t) + ", запись " + std::to_string(i));
+                }
+            });
         }
-        QString text = QString::fromUtf8(file.readAll());
-        text.replace(QRegularExpression(QStringLiteral("21\\.11\\.2026 11:59:5\\d: ")),
-                     QStringLiteral("[T]"));
-        return text;
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        QStringList entries = Tests::EventLog::Entries();
+        entries.sort();
+        expected.sort();
+        QCOMPARE(entries, expected);
     }
 
+    // An entry written by an exit handler, after the process's static objects have
+    // been destroyed, must still reach the file. A copy of this test does that:
+    // its handler is registered before the logger has made anything of its own.
+    void anEntryWrittenWhileExitingIsKept()
+    {
+        if (qEnvironmentVariableIsSet(exitingChild)) {
+            std::atexit([] { Logger::Log("при выходе"); });
+            Logger::Log("перед выходом");
+            return;
+        }
+        QProcess child;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QString::fromLatin1(exitingChild), QStringLiteral("1"));
+        child.setProcessEnvironment(environment);
+        child.start(QCoreApplication::applicationFilePath(),
+                    {QStringLiteral("anEntryWrittenWhileExitingIsKept")});
+        QVERIFY(child.waitForFinished(Tests::Timeouts::Process));
+        QCOMPARE(child.exitCode(), 0);
+        // The copy's own case wrote into a folder of its own; at exit the override
+        // is back to this case's folder.
+        QCOMPARE(Tests::EventLog::Entries(), QStringList{QStringLiteral("при выходе")});
+    }
+
+private:
     std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
 };
 
