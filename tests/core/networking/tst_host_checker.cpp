@@ -1,10 +1,10 @@
 #include "core/networking/host_checker.h"
 #include "core/networking/test_connect_helper.h"
-#include "core/utilities/logger.h"
+#include "tests/support/call_outcome.h"
+#include "tests/support/event_log.h"
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_timeouts.h"
 
-#include <QFile>
 #include <QtTest>
 
 #include <memory>
@@ -16,41 +16,14 @@ namespace {
 // Resolves nowhere: ".invalid" is reserved for exactly that.
 const std::string Unresolvable = "http://zelmar-no-such-host.invalid/media/";
 
-struct Answers
-{
-    int successes = 0;
-    int failures = 0;
-    std::vector<std::string> found;
+// A host check's answers: Done() or Success() (the host found) and Failed().
+using Answers = Tests::CallOutcome<std::string, int>;
 
-    std::function<void()> Success()
-    {
-        return [this] {
-            ++successes;
-        };
-    }
-    std::function<void()> Failure()
-    {
-        return [this] {
-            ++failures;
-        };
-    }
-    std::function<void(std::string)> Found()
-    {
-        return [this](std::string host) {
-            ++successes;
-            found.push_back(std::move(host));
-        };
-    }
-    int Calls() const
-    {
-        return successes + failures;
-    }
-};
-
-QString EventLog()
+std::function<void()> Failed(Answers& answers)
 {
-    QFile file(QString::fromStdString(Core::Utilities::Logger::GetLogFileName()));
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    return [&answers] {
+        ++answers.failures;
+    };
 }
 
 } // namespace
@@ -78,47 +51,25 @@ private slots:
         dataDirectory.reset();
     }
 
-    void singleHostAnswersOnce_data()
-    {
-        QTest::addColumn<QString>("url");
-        QTest::addColumn<bool>("available");
-        QTest::newRow("loopback address") << "http://127.0.0.1:8091/api/v1/" << true;
-        QTest::newRow("loopback name") << "https://localhost/api/v1/" << true;
-        QTest::newRow("unknown name") << QString::fromStdString(Unresolvable) << false;
-        QTest::newRow("without scheme") << "127.0.0.1/api/v1/" << false;
-        QTest::newRow("empty") << "" << false;
-    }
-
-    void singleHostAnswersOnce()
-    {
-        QFETCH(QString, url);
-        QFETCH(bool, available);
-        HostChecker checker;
-        Answers answers;
-        checker.CheckHostAvailability(url.toStdString(), answers.Success(), answers.Failure());
-        QCOMPARE(answers.Calls(), 0);
-        WAIT_FOR(answers);
-        QCOMPARE(answers.successes, available ? 1 : 0);
-        QCOMPARE(answers.failures, available ? 0 : 1);
-    }
-
     // Statistics and the configuration loader may ask at the same moment: each
-    // caller gets its own answer.
-    void overlappingLookupsAnswerTheirOwnCallers()
+    // caller gets its own answer, once, and never from inside the call.
+    void eachLookupAnswersItsOwnCaller()
     {
+        const std::vector<std::pair<std::string, bool>> hosts = {{"http://127.0.0.1:8091/api/v1/", true},
+                                                                 {"https://localhost/api/v1/", true},
+                                                                 {Unresolvable, false},
+                                                                 {"127.0.0.1/api/v1/", false},
+                                                                 {"", false}};
         HostChecker checker;
-        Answers first;
-        Answers second;
-        Answers third;
-        checker.CheckHostAvailability("http://127.0.0.1/", first.Success(), first.Failure());
-        checker.CheckHostAvailability(Unresolvable, second.Success(), second.Failure());
-        checker.CheckHostAvailability("http://localhost/", third.Success(), third.Failure());
-        WAIT_FOR(first);
-        WAIT_FOR(second);
-        WAIT_FOR(third);
-        QCOMPARE(first.successes, 1);
-        QCOMPARE(second.failures, 1);
-        QCOMPARE(third.successes, 1);
+        std::vector<Answers> answers(hosts.size());
+        for (std::size_t i = 0; i < hosts.size(); ++i) {
+            checker.CheckHostAvailability(hosts[i].first, answers[i].Done(), Failed(answers[i]));
+            QCOMPARE(answers[i].Calls(), 0);
+        }
+        for (std::size_t i = 0; i < hosts.size(); ++i) {
+            WAIT_FOR(answers[i]);
+            QVERIFY2(answers[i].successes == (hosts[i].second ? 1 : 0), hosts[i].first.c_str());
+        }
     }
 
     void firstResolvableEntryWinsAsWritten()
@@ -127,10 +78,11 @@ private slots:
         Answers answers;
         const std::vector<std::string> hosts = {Unresolvable, "media without scheme",
                                                 "http://127.0.0.1:1/media/", "http://localhost/media/"};
-        checker.CheckHostsAvailability(hosts, answers.Found(), answers.Failure());
+        checker.CheckHostsAvailability(hosts, answers.Success(), Failed(answers));
         WAIT_FOR(answers);
-        QCOMPARE(answers.found, std::vector<std::string>{"http://127.0.0.1:1/media/"});
-        const QString log = EventLog();
+        QCOMPARE(answers.value, std::string("http://127.0.0.1:1/media/"));
+        QCOMPARE(answers.successes, 1);
+        const QString log = Tests::EventLog::Text();
         const QString started = QStringLiteral("Поиск доступного хоста начат, хосты для проверки (4):\n"
                                                "\thttp://zelmar-no-such-host.invalid/media/\n"
                                                "\tmedia without scheme\n"
@@ -154,12 +106,12 @@ private slots:
         HostChecker checker;
         Answers answers;
         checker.CheckHostsAvailability(
-            std::vector<std::string>(static_cast<std::size_t>(entries), Unresolvable), answers.Found(),
-            answers.Failure());
+            std::vector<std::string>(static_cast<std::size_t>(entries), Unresolvable), answers.Success(),
+            Failed(answers));
         QCOMPARE(answers.Calls(), 0);
         WAIT_FOR(answers);
         QCOMPARE(answers.failures, 1);
-        const QString log = EventLog();
+        const QString log = Tests::EventLog::Text();
         QVERIFY(log.contains(QStringLiteral("хосты для проверки (%1):\n").arg(entries)));
         QVERIFY(log.endsWith(QStringLiteral(": Ни один хост не доступен!!!\n\n")));
     }
@@ -171,14 +123,14 @@ private slots:
         Answers abandoned;
         {
             HostChecker checker;
-            checker.CheckHostAvailability("http://127.0.0.1/", abandoned.Success(), abandoned.Failure());
-            checker.CheckHostsAvailability({Unresolvable, "http://localhost/"}, abandoned.Found(),
-                                           abandoned.Failure());
+            checker.CheckHostAvailability("http://127.0.0.1/", abandoned.Done(), Failed(abandoned));
+            checker.CheckHostsAvailability({Unresolvable, "http://localhost/"}, abandoned.Success(),
+                                           Failed(abandoned));
         }
         HostChecker later;
         Answers afterwards;
-        later.CheckHostsAvailability({Unresolvable, Unresolvable, "http://127.0.0.1/"}, afterwards.Found(),
-                                     afterwards.Failure());
+        later.CheckHostsAvailability({Unresolvable, Unresolvable, "http://127.0.0.1/"}, afterwards.Success(),
+                                     Failed(afterwards));
         WAIT_FOR(afterwards);
         QCOMPARE(abandoned.Calls(), 0);
     }
@@ -188,8 +140,8 @@ private slots:
         auto helper = std::make_shared<Core::Networking::TestConnectHelper>();
         Answers reachable;
         Answers unreachable;
-        helper->LookUp("https://127.0.0.1/api/v1/", reachable.Success(), reachable.Failure());
-        helper->LookUp(Unresolvable, unreachable.Success(), unreachable.Failure());
+        helper->LookUp("https://127.0.0.1/api/v1/", reachable.Done(), Failed(reachable));
+        helper->LookUp(Unresolvable, unreachable.Done(), Failed(unreachable));
         WAIT_FOR(reachable);
         WAIT_FOR(unreachable);
         QCOMPARE(reachable.successes, 1);

@@ -12,6 +12,7 @@
 #include <QtTest>
 
 #include <memory>
+#include <tuple>
 
 using Core::Networking::PicsLoader;
 using Tests::ServiceFault;
@@ -60,21 +61,20 @@ private slots:
     {
         QVERIFY(content.isValid());
         QVERIFY(QDir(content.path()).mkpath(QStringLiteral("pics")));
-        QImage square(100, 100, QImage::Format_RGB32);
-        square.fill(Qt::red);
-        QVERIFY(square.save(content.filePath(QStringLiteral("pics/square.png"))));
-        QImage wide(200, 100, QImage::Format_RGB32);
-        wide.fill(Qt::blue);
-        QVERIFY(wide.save(content.filePath(QStringLiteral("pics/wide.png"))));
+        for (const auto& [name, size, color] : {std::tuple{"square", QSize(100, 100), Qt::red},
+                                                std::tuple{"wide", QSize(200, 100), Qt::blue}}) {
+            QImage picture(size, QImage::Format_RGB32);
+            picture.fill(color);
+            QVERIFY(picture.save(content.filePath(QStringLiteral("pics/%1.png").arg(name))));
+        }
         QFile garbage(content.filePath(QStringLiteral("pics/garbage.png")));
         QVERIFY(garbage.open(QIODevice::WriteOnly));
         garbage.write("this is not a picture");
         garbage.close();
 
-        service = std::make_unique<Tests::ReferenceService>(
-            Tests::ReferenceService::SourceDirectory() + QStringLiteral("/tests/tools/scenarios/basic"),
-            content.path());
-        QVERIFY2(service->Start(), qPrintable(service->ErrorString()));
+        QString error;
+        service = Tests::ReferenceService::Started(QStringLiteral("basic"), &error, content.path());
+        QVERIFY2(service, qPrintable(error));
     }
 
     void init()
