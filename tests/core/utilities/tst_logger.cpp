@@ -13,15 +13,12 @@
 #include <QtTest>
 
 #include <cstdlib>
-#include <functional>
 #include <memory>
 #include <thread>
 
 using Core::Utilities::Clock;
 using Core::Utilities::Logger;
 using namespace Core::DataTypes::Playback;
-
-Q_DECLARE_METATYPE(std::function<void()>)
 
 namespace {
 
@@ -70,78 +67,58 @@ private slots:
         dataDirectory.reset();
     }
 
-    void entryLayouts_data()
+    void everyKindOfEntryHasItsExactLayout()
     {
-        QTest::addColumn<std::function<void()>>("write");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("plain message keeps percent sequences")
-            << std::function<void()>([] { Logger::Log("Скидка %1 на всё, 100%"); })
-            << "[T]Скидка %1 на всё, 100%\n\n";
-        QTest::newRow("start of the application")
-            << std::function<void()>(Logger::LogAppRunned)
-            << "\n\n[T]------------------ ЗАПУСК ПРИЛОЖЕНИЯ ------------------\n\n";
-        QTest::newRow("days and their periods")
-            << std::function<void()>([] {
-                   Day saturday;
-                   saturday.dayOfWeek = "Суббота";
-                   saturday.date = "21.11.2026";
-                   saturday.periods = {SchedulePeriod("Утро", "08:00", "12:00"),
-                                       SchedulePeriod("День", "12:00", "00:00")};
-                   Day sunday;
-                   sunday.dayOfWeek = "Воскресенье";
-                   sunday.date = "22.11.2026";
-                   Logger::LogDays({saturday, sunday});
-               })
-            << "[T]Периоды воспроизведения:\n\tСуббота 21.11.2026\n\t\t Утро  начало 08:00 конец 12:00\n"
-               "\t\t День  начало 12:00 конец 00:00\n\tВоскресенье 22.11.2026\n\n";
-        QTest::newRow("an empty schedule")
-            << std::function<void()>([] { Logger::LogDays({}); }) << "[T]Дни расписания не найдены!\n\n";
-        QTest::newRow("track started") << std::function<void()>([] {
-            Track track;
-            track.id = 17;
-            track.name = "Летний дождь";
-            track.author = "Оркестр";
-            track.contentType = ContentType::Clip;
-            Logger::LogTrackStarted(track);
-        }) << "[T] Начато воспроизведение трека:\n\tЛетний дождь-Оркестр 17 clip\n\n";
-        QTest::newRow("periods") << std::function<void()>([] {
-            Logger::LogPeriodStarted(Period("Утро", "08:00", "12:00"));
-            Logger::LogPeriodChanged(Period("Утро", "08:00", "12:00"), Period("День", "12:00", "00:00"));
-            Logger::LogLastPeriodFinished(Period("Ночь", "22:00", "00:00"));
-        })
-                                 << "[T]Начался период без завершения предъидущего: Утро 08:00-12:00\n\n"
-                                    "[T]Период закончился:Утро 08:00 12:00 Начался:День 12:00 00:00\n\n"
-                                    "[T]Последний период закончился:Ночь 22:00 00:00\n\n";
-        QTest::newRow("ad blocks")
-            << std::function<void()>([] {
-                   Logger::LogAdBlockStarted("Скидки", true, false);
-                   Logger::LogAdBlockStarted("Новинки", false, true);
-                   Logger::LogAdBlockAdded("Новинки", "Скидки");
-               })
-            << "[T]Настало время реклманого блока Скидки\n\n[T]Блок Скидки должен прерывать контент\n\n"
-               "[T]У блока Скидки нет скачанных файлов\n\n[T]Настало время реклманого блока Новинки\n\n"
-               "[T]Блок Новинки НЕ должен прерывать контент\n\n[T]У блока Новинки есть скачанные файлы\n\n"
-               "[T]Треки рекламного блока Новинки добавлены к рекламному блоку Скидки\n\n";
-        QTest::newRow("hosts")
-            << std::function<void()>([] {
-                   Logger::LogHostsAvailabilityStarted({"https://cdn1.example/", "http://127.0.0.1:8091/"});
-                   Logger::LogHostAvailable("http://127.0.0.1:8091/");
-                   Logger::LogNoHostAvailable();
-               })
-            << "[T]Поиск доступного хоста начат, хосты для проверки (2):\n"
-               "\thttps://cdn1.example/\n\thttp://127.0.0.1:8091/\n\n"
-               "[T]Хост доступен: http://127.0.0.1:8091/\n\n[T]Ни один хост не доступен!!!\n\n";
-    }
+        Logger::Log("Скидка %1 на всё, 100%");
+        Logger::LogAppRunned();
+        Day saturday;
+        saturday.dayOfWeek = "Суббота";
+        saturday.date = "21.11.2026";
+        saturday.periods = {SchedulePeriod("Утро", "08:00", "12:00"),
+                            SchedulePeriod("День", "12:00", "00:00")};
+        Day sunday;
+        sunday.dayOfWeek = "Воскресенье";
+        sunday.date = "22.11.2026";
+        Logger::LogDays({saturday, sunday});
+        Logger::LogDays({});
+        Track track;
+        track.id = 17;
+        track.name = "Летний дождь";
+        track.author = "Оркестр";
+        track.contentType = ContentType::Clip;
+        Logger::LogTrackStarted(track);
+        Logger::LogPeriodStarted(Period("Утро", "08:00", "12:00"));
+        Logger::LogPeriodChanged(Period("Утро", "08:00", "12:00"), Period("День", "12:00", "00:00"));
+        Logger::LogLastPeriodFinished(Period("Ночь", "22:00", "00:00"));
+        Logger::LogAdBlockStarted("Скидки", true, false);
+        Logger::LogAdBlockStarted("Новинки", false, true);
+        Logger::LogAdBlockAdded("Новинки", "Скидки");
+        Logger::LogHostsAvailabilityStarted({"https://cdn1.example/", "http://127.0.0.1:8091/"});
+        Logger::LogHostAvailable("http://127.0.0.1:8091/");
+        Logger::LogNoHostAvailable();
 
-    void entryLayouts()
-    {
-        QFETCH(std::function<void()>, write);
-        QFETCH(QString, expected);
-        write();
         QString text = Tests::EventLog::Text();
         text.replace(QRegularExpression(QStringLiteral("21\\.11\\.2026 11:59:5\\d: ")),
                      QStringLiteral("[T]"));
-        QCOMPARE(text, expected);
+        QCOMPARE(
+            text,
+            QStringLiteral(
+                "[T]Скидка %1 на всё, 100%\n\n"
+                "\n\n[T]------------------ ЗАПУСК ПРИЛОЖЕНИЯ ------------------\n\n"
+                "[T]Периоды воспроизведения:\n\tСуббота 21.11.2026\n\t\t Утро  начало 08:00 конец 12:00\n"
+                "\t\t День  начало 12:00 конец 00:00\n\tВоскресенье 22.11.2026\n\n"
+                "[T]Дни расписания не найдены!\n\n"
+                "[T] Начато воспроизведение трека:\n\tЛетний дождь-Оркестр 17 clip\n\n"
+                "[T]Начался период без завершения предъидущего: Утро 08:00-12:00\n\n"
+                "[T]Период закончился:Утро 08:00 12:00 Начался:День 12:00 00:00\n\n"
+                "[T]Последний период закончился:Ночь 22:00 00:00\n\n"
+                "[T]Настало время реклманого блока Скидки\n\n[T]Блок Скидки должен прерывать контент\n\n"
+                "[T]У блока Скидки нет скачанных файлов\n\n[T]Настало время реклманого блока Новинки\n\n"
+                "[T]Блок Новинки НЕ должен прерывать контент\n\n[T]У блока Новинки есть скачанные файлы\n\n"
+                "[T]Треки рекламного блока Новинки добавлены к рекламному блоку Скидки\n\n"
+                "[T]Поиск доступного хоста начат, хосты для проверки (2):\n"
+                "\thttps://cdn1.example/\n\thttp://127.0.0.1:8091/\n\n"
+                "[T]Хост доступен: http://127.0.0.1:8091/\n\n[T]Ни один хост не доступен!!!\n\n"));
     }
 
     void theStampFollowsAZoneChangedWithinTheSameSecond()
