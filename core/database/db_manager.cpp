@@ -352,12 +352,6 @@ bool DbManager::DeleteAllFromTable(const QString& table)
     return Execute(query, QStringLiteral("DELETE FROM '") + table + QStringLiteral("' WHERE 1;"));
 }
 
-QString DbManager::EscapeQuotes(const QString& text)
-{
-    QString escaped = text;
-    return escaped.replace(QLatin1Char('\''), QStringLiteral("''"));
-}
-
 bool DbManager::Perform(const char* operation, const std::function<bool()>& work)
 {
     currentOperation = operation;

@@ -78,8 +78,6 @@ public:
 
     // On the already open database.
     bool DeleteAllFromTable(const QString& table);
-    // Doubles every apostrophe, for text that has to go inside an SQL literal.
-    static QString EscapeQuotes(const QString& text);
 
 private:
     DbManager();

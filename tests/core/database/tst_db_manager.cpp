@@ -441,7 +441,6 @@ private slots:
         QVERIFY(database->ClearDataBase());
         QVERIFY(database->ClearDataBase());
         QCOMPARE(Rows(QStringLiteral("SELECT count(*) FROM sqlite_master")), QStringList({"0"}));
-        QCOMPARE(DbManager::EscapeQuotes(QStringLiteral("it's ''")), QStringLiteral("it''s ''''"));
     }
 
     void damagedFileIsMovedAsideAndSignInWorksAgain_data()
