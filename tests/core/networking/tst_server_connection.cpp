@@ -186,7 +186,9 @@ private:
         for (const char* section : {"sign_ins", "sign_ups"}) {
             for (const QJsonValue& record : service->Received(section)) {
                 const QString issued = record.toObject().value("token").toString();
-                text.replace(issued.isEmpty() ? QStringLiteral("TOKEN") : issued, QStringLiteral("TOKEN"));
+                if (!issued.isEmpty()) {
+                    text.replace(issued, QStringLiteral("TOKEN"));
+                }
             }
         }
         const QString version = QString::number(service->ConfigurationVersion(QStringLiteral("shop1")));
