@@ -1,25 +1,38 @@
 #pragma once
 
-#include "tests/core/content_playing/sink_keep_alive.h"
-
+#include <QProcess>
 #include <QString>
 
 namespace Tests {
 
-// Both sinks of the test's lane (ZELMAR_TEST_SINK_A and _B) kept running, so that
-// libvlc plays in real time from its first sample whichever sink it is sent to.
+// Keeps both sinks of the test's lane (ZELMAR_TEST_SINK_A and _B) running at a low
+// latency by playing silence into each (pacat from /dev/zero) for as long as it
+// lives.
+//
+// An idle null sink renders ahead in blocks of up to two seconds, and when a player
+// starts on it PulseAudio rewinds the sink: what its monitor had already delivered
+// is dropped, so a recording misses the start of the playback and loses its
+// timeline. With silence streaming all the time the sinks never idle, and their
+// monitors follow what is played in real time. Silence adds nothing to what is
+// heard.
 class TestSinksKeepAlive
 {
 public:
-    TestSinksKeepAlive();
+    TestSinksKeepAlive() = default;
+    ~TestSinksKeepAlive();
 
-    // False (with the reason in ErrorString()) when either cannot be kept running.
+    TestSinksKeepAlive(const TestSinksKeepAlive&) = delete;
+    TestSinksKeepAlive& operator=(const TestSinksKeepAlive&) = delete;
+
+    // False (with the reason in ErrorString()) when pacat cannot run.
     bool Start();
     QString ErrorString() const;
 
 private:
-    SinkKeepAlive keepA;
-    SinkKeepAlive keepB;
+    bool StartOn(QProcess& process, const char* sinkVariable);
+
+    QProcess keepA;
+    QProcess keepB;
     QString errorString;
 };
 

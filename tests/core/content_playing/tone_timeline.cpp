@@ -67,6 +67,16 @@ double ToneTimeline::Level(const std::vector<std::int16_t>& samples, double freq
     return windows == 0 ? 0.0 : std::sqrt(sum / windows);
 }
 
+double ToneTimeline::Loudest(const std::vector<std::int16_t>& samples, double frequency, double fromSeconds,
+                             double toSeconds)
+{
+    double loudest = 0.0;
+    for (double at = fromSeconds; at + Window <= toSeconds + 1e-9; at += Window) {
+        loudest = std::max(loudest, DriftTolerantLevel(samples, frequency, at, at + Window));
+    }
+    return loudest;
+}
+
 double ToneTimeline::Seconds(const std::vector<std::int16_t>& samples)
 {
     return static_cast<double>(samples.size()) / PcmAnalysis::SampleRate;

@@ -25,6 +25,11 @@ public:
     // The tone's level over [from, to), in whole tenths of a second.
     static double Level(const std::vector<std::int16_t>& samples, double frequency, double fromSeconds,
                         double toSeconds);
+    // The tone's level in its loudest window within [from, to). libvlc into a null
+    // sink now and then loses stretches of sound near the start of a file; a gap
+    // lowers Level() but not this, as long as one whole window was heard.
+    static double Loudest(const std::vector<std::int16_t>& samples, double frequency, double fromSeconds,
+                          double toSeconds);
     static double Seconds(const std::vector<std::int16_t>& samples);
 };
 

@@ -102,10 +102,4 @@ bool TwoSinkListener::WaitForToneLevel(double frequency, const std::function<boo
     return reached;
 }
 
-void TwoSinkListener::Stop()
-{
-    recorderA.Stop();
-    recorderB.Stop();
-}
-
 } // namespace Tests

@@ -41,7 +41,6 @@ public:
     // False on a timeout; `level` receives the last level measured.
     bool WaitForToneLevel(double frequency, const std::function<bool(double)>& holds, double window,
                           int timeoutMs, double* level = nullptr);
-    void Stop();
 
 private:
     TestSinksKeepAlive sinks;

@@ -1,6 +1,5 @@
 #include "core/vendor/audio_preset.h"
 #include "core/vendor/vlc_wrapper.h"
-#include "tests/core/content_playing/test_sinks_keep_alive.h"
 #include "tests/core/content_playing/tone_timeline.h"
 #include "tests/core/content_playing/two_sink_listener.h"
 #include "tests/support/pcm_analysis.h"
@@ -22,6 +21,7 @@
 using Core::Vendor::AudioPreset;
 using Core::Vendor::VlcStatus;
 using Core::Vendor::VlcWrapper;
+using Tests::ToneTimeline;
 
 namespace {
 
@@ -40,10 +40,10 @@ std::vector<VlcStatus> Statuses(const QSignalSpy& spy)
     return statuses;
 }
 
-QString Describe(const std::vector<VlcStatus>& statuses)
+QString Describe(const QSignalSpy& spy)
 {
     QStringList names;
-    for (const VlcStatus status : statuses) {
+    for (const VlcStatus status : Statuses(spy)) {
         names << QString::number(static_cast<int>(status));
     }
     return names.join(QStringLiteral(","));
@@ -63,8 +63,7 @@ QUrl Media(const QString& name)
 } // namespace
 
 // The media backend on real libvlc, heard on the private PulseAudio server: the
-// statuses libvlc really goes through, what reaches which sink, and the equaliser's
-// effect on the sound.
+// statuses libvlc really goes through, what reaches which sink and how loud.
 class VlcWrapperTest : public QObject
 {
     Q_OBJECT
@@ -75,20 +74,20 @@ private slots:
         QVERIFY2(!qEnvironmentVariableIsEmpty("PULSE_SERVER"), "register the test with NEEDS sound");
         qRegisterMetaType<VlcStatus>();
         QVERIFY2(VlcWrapper::GetVlcInstance() != nullptr, "libvlc did not start: are its plugins installed?");
-        QVERIFY(VlcWrapper::GetVlcInstance() == VlcWrapper::GetVlcInstance());
     }
 
     void init()
     {
         dataDirectory = std::make_unique<Tests::TestDataDirectory>();
         QVERIFY(dataDirectory->IsValid());
-        // Both sinks kept running, so that libvlc plays in real time from the start.
-        sinks = std::make_unique<Tests::TestSinksKeepAlive>();
-        QVERIFY2(sinks->Start(), qPrintable(sinks->ErrorString()));
+        // Both sinks recorded and kept running, so that libvlc plays in real time.
+        listener = std::make_unique<Tests::TwoSinkListener>();
+        QVERIFY2(listener->Start(), qPrintable(listener->ErrorString()));
     }
 
     void cleanup()
     {
+        listener.reset();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         dataDirectory.reset();
     }
@@ -96,40 +95,49 @@ private slots:
     void goodMediaOpenPlayAndEnd_data()
     {
         QTest::addColumn<QString>("media");
+        QTest::addColumn<QString>("copyAs");
         QTest::addColumn<double>("seconds");
-        QTest::newRow("mp3") << QStringLiteral("short_a.mp3") << 1.5;
-        QTest::newRow("mp4") << QStringLiteral("video_short.mp4") << 2.0;
+        QTest::newRow("mp3") << QStringLiteral("short_a.mp3") << QString() << 1.5;
+        QTest::newRow("mp4") << QStringLiteral("video_short.mp4") << QString() << 2.0;
+        // Cached file names come from the server: spaces, Cyrillic, "#" and "%"
+        // must not turn into a URL fragment or an escape.
+        QTest::newRow("reserved characters")
+            << QStringLiteral("short_a.mp3") << QStringLiteral("Тон №1 #2 100% ?.mp3") << 1.5;
     }
 
     void goodMediaOpenPlayAndEnd()
     {
         QFETCH(QString, media);
+        QFETCH(QString, copyAs);
         QFETCH(double, seconds);
+        QUrl url = Media(media);
+        if (!copyAs.isEmpty()) {
+            url = QUrl::fromLocalFile(dataDirectory->FilePath(copyAs));
+            QVERIFY(QFile::copy(Tests::TestMedia::Path(media), url.toLocalFile()));
+        }
         VlcWrapper player;
         QSignalSpy statuses(&player, &VlcWrapper::mediaStatusChanged);
         QSignalSpy positions(&player, &VlcWrapper::positionChanged);
-        player.SetMedia(Media(media));
+        player.SetMedia(url);
         player.Play();
         QTRY_VERIFY_WITH_TIMEOUT(Contains(statuses, VlcStatus::Ended), Tests::Timeouts::Playback);
 
         // Opening and buffering may be too quick for the 250 ms poll; then one
         // Playing, however many polls saw it, and the end.
         const auto sequence = Statuses(statuses);
-        QVERIFY2(sequence.size() >= 2, qPrintable(Describe(sequence)));
+        QVERIFY2(sequence.size() >= 2, qPrintable(Describe(statuses)));
         QCOMPARE(sequence.back(), VlcStatus::Ended);
         QCOMPARE(std::count(sequence.begin(), sequence.end(), VlcStatus::Playing), 1);
         QCOMPARE(sequence[sequence.size() - 2], VlcStatus::Playing);
         for (std::size_t i = 0; i + 2 < sequence.size(); ++i) {
             QVERIFY2(sequence[i] == VlcStatus::Opening || sequence[i] == VlcStatus::Buffering,
-                     qPrintable(Describe(sequence)));
+                     qPrintable(Describe(statuses)));
         }
-
         QVERIFY2(std::abs(player.Duration() - seconds * 1000) < 150,
                  qPrintable(QString::number(player.Duration())));
-        // A fraction of the media that never goes back while it plays. How many
-        // polls fall within the playback is not fixed: the first playback of a
-        // process, starved of processor time under the sanitizers, has been seen
-        // to end after a single moving poll.
+        // A fraction that never goes back. How many polls fall within the playback
+        // is not fixed: the first playback of a process, starved of processor time
+        // under the sanitizers, has ended after a single moving poll.
         float highest = 0;
         for (const auto& arguments : positions) {
             const float position = arguments.at(0).toFloat();
@@ -164,9 +172,8 @@ private slots:
                                  Tests::Timeouts::Playback);
         // libvlc 3 reports a file it cannot read as ended, not failed: the track
         // list player has to tell such an end from a played track by itself.
-        const auto sequence = Statuses(statuses);
-        QVERIFY2(!Contains(statuses, VlcStatus::Playing), qPrintable(Describe(sequence)));
-        QCOMPARE(sequence.back(), VlcStatus::Ended);
+        QVERIFY2(!Contains(statuses, VlcStatus::Playing), qPrintable(Describe(statuses)));
+        QCOMPARE(Statuses(statuses).back(), VlcStatus::Ended);
     }
 
     void noiseIsNeverPlaying()
@@ -174,11 +181,10 @@ private slots:
         // Some demuxer of libvlc takes nearly any noise on trust, reports it playing
         // for a millisecond or two and ends it: seen by the 250 ms poll only now and
         // then, and then a broken file counts as played. Asked as often as it can
-        // be, the status must never say Playing. The noise is seeded, so every run
-        // tries the same files.
-        constexpr int Files = 12;
+        // be, the status must never say Playing. Seeded, so every run tries the
+        // same files.
         QStringList played;
-        for (int seed = 1; seed <= Files; ++seed) {
+        for (int seed = 1; seed <= 12; ++seed) {
             QRandomGenerator generator(static_cast<quint32>(seed));
             QByteArray noise(64 * 1024, Qt::Uninitialized);
             generator.fillRange(reinterpret_cast<quint32*>(noise.data()), noise.size() / 4);
@@ -210,28 +216,17 @@ private slots:
         QVERIFY2(played.isEmpty(), qPrintable(QStringLiteral("played noise of seeds ") + played.join(',')));
     }
 
-    void nothingIsReportedBetweenSetMediaAndPlay()
-    {
-        VlcWrapper player;
-        QSignalSpy statuses(&player, &VlcWrapper::mediaStatusChanged);
-        QSignalSpy positions(&player, &VlcWrapper::positionChanged);
-        player.SetMedia(Media(QStringLiteral("short_a.mp3")));
-        QVERIFY(!positions.wait(Tests::Timeouts::Silence));
-        QCOMPARE(statuses.count(), 0);
-
-        player.Play();
-        QTRY_VERIFY_WITH_TIMEOUT(Contains(statuses, VlcStatus::Playing), Tests::Timeouts::Playback);
-    }
-
-    void nothingIsReportedAfterStop()
+    void nothingIsReportedBeforePlayOrAfterStop()
     {
         VlcWrapper player;
         QSignalSpy statuses(&player, &VlcWrapper::mediaStatusChanged);
         QSignalSpy positions(&player, &VlcWrapper::positionChanged);
         player.SetMedia(Media(QStringLiteral("music_a.mp3")));
+        QVERIFY(!positions.wait(Tests::Timeouts::Silence));
+        QCOMPARE(statuses.count(), 0);
+
         player.Play();
         QTRY_VERIFY_WITH_TIMEOUT(Contains(statuses, VlcStatus::Playing), Tests::Timeouts::Playback);
-
         player.Stop();
         QCOMPARE(player.GetStatus(), VlcStatus::Stopped);
         statuses.clear();
@@ -240,14 +235,17 @@ private slots:
         QCOMPARE(statuses.count(), 0);
     }
 
-    void pauseNeverToggles()
+    void pauseNeverTogglesAndPlayResumes()
     {
         VlcWrapper player;
         QSignalSpy statuses(&player, &VlcWrapper::mediaStatusChanged);
         player.SetMedia(Media(QStringLiteral("music_a.mp3")));
         player.Play();
         QTRY_VERIFY_WITH_TIMEOUT(Contains(statuses, VlcStatus::Playing), Tests::Timeouts::Playback);
+        player.SetPosition(0.5f);
+        QTRY_VERIFY_WITH_TIMEOUT(player.PositionMs() >= 4000, Tests::Timeouts::Quick);
 
+        // libvlc's own pause toggles; a second Pause() must not resume.
         player.Pause();
         QTRY_COMPARE_WITH_TIMEOUT(player.GetStatus(), VlcStatus::Paused, Tests::Timeouts::Quick);
         player.Pause();
@@ -255,32 +253,19 @@ private slots:
         QCOMPARE(player.GetStatus(), VlcStatus::Paused);
         const qint64 pausedAt = player.PositionMs();
 
-        // Play() reports every transition afresh, Playing included.
+        // Play() reports every transition afresh, Playing included, and goes on
+        // from where it paused.
         statuses.clear();
         player.Play();
         QTRY_VERIFY_WITH_TIMEOUT(Contains(statuses, VlcStatus::Playing), Tests::Timeouts::Playback);
         QVERIFY2(player.PositionMs() >= pausedAt, "resumed from the start instead of where it paused");
-        QVERIFY2(player.PositionMs() < 7000, "resumed from the start instead of where it paused");
-    }
-
-    void positionCanBeSet()
-    {
-        VlcWrapper player;
-        QSignalSpy statuses(&player, &VlcWrapper::mediaStatusChanged);
-        player.SetMedia(Media(QStringLiteral("music_a.mp3")));
-        player.Play();
-        QTRY_VERIFY_WITH_TIMEOUT(Contains(statuses, VlcStatus::Playing), Tests::Timeouts::Playback);
-        player.SetPosition(0.75f);
-        QTRY_VERIFY_WITH_TIMEOUT(player.Position() >= 0.75f, Tests::Timeouts::Quick);
-        QVERIFY(player.PositionMs() >= 5900);
     }
 
     void bothNullSinksAreOfferedAndNoPseudoDevice()
     {
         VlcWrapper player;
-        const auto devices = player.GetAudioDevices();
         QStringList ids;
-        for (const auto& device : devices) {
+        for (const auto& device : player.GetAudioDevices()) {
             ids << QString::fromStdString(device.id);
             QVERIFY(!device.selected);
             QVERIFY(!device.description.empty());
@@ -301,181 +286,59 @@ private slots:
         QVERIFY(!VlcWrapper::IsPseudoAudioDevice("alsa_output.pci-0000_00_1f.3.analog-stereo"));
     }
 
-    void playsOnTheChosenSinkOnly()
-    {
-        Tests::TwoSinkListener listener;
-        QVERIFY2(listener.Start(), qPrintable(listener.ErrorString()));
-
-        VlcWrapper player;
-        QSignalSpy statuses(&player, &VlcWrapper::mediaStatusChanged);
-        player.SetAudioOutput(qPrintable(qEnvironmentVariable("ZELMAR_TEST_SINK_B")));
-        player.SetMedia(Media(QStringLiteral("short_a.mp3")));
-        const double playedFrom = listener.SecondsRecorded();
-        player.Play();
-        QTRY_VERIFY_WITH_TIMEOUT(Contains(statuses, VlcStatus::Ended), Tests::Timeouts::Playback);
-        QVERIFY(listener.WaitUntilRecorded(playedFrom + 2.0, Tests::Timeouts::Playback));
-        listener.Stop();
-
-        const double heard = Tests::ToneTimeline::FirstHeard(listener.B(), A, Heard, playedFrom);
-        QVERIFY2(heard >= 0, "nothing was heard on sink B");
-        QVERIFY2(Tests::PcmAnalysis::Rms(listener.A(), 0, Tests::ToneTimeline::Seconds(listener.A())) <
-                     NotHeard,
-                 "the default sink played too");
-    }
-
     void chosenSinkAndVolumeOutlastStop()
     {
         // libvlc replaces a player's audio output after a stop; the next playback
-        // must still go to the chosen sink, at the chosen volume, from its start.
-        Tests::TwoSinkListener listener;
-        QVERIFY2(listener.Start(), qPrintable(listener.ErrorString()));
-
+        // must still go to the chosen sink, at the chosen volume rather than
+        // libvlc's fresh 100, from its first moment on.
         VlcWrapper player;
         QSignalSpy statuses(&player, &VlcWrapper::mediaStatusChanged);
         player.SetAudioOutput(qPrintable(qEnvironmentVariable("ZELMAR_TEST_SINK_B")));
         player.SetVolume(70);
         player.SetMedia(Media(QStringLiteral("music_a.mp3")));
-        player.Play();
-        QTRY_VERIFY_WITH_TIMEOUT(Contains(statuses, VlcStatus::Playing), Tests::Timeouts::Playback);
-        QTRY_COMPARE_WITH_TIMEOUT(player.Volume(), 70, Tests::Timeouts::Quick);
-        const double firstPlaybackFrom = listener.SecondsRecorded();
-        QVERIFY(listener.WaitUntilRecorded(firstPlaybackFrom + 0.8, Tests::Timeouts::Playback));
-        const double atSeventy =
-            Tests::ToneTimeline::Level(listener.B(), A, firstPlaybackFrom + 0.3, firstPlaybackFrom + 0.8);
-        player.Stop();
-
-        statuses.clear();
-        player.SetMedia(Media(QStringLiteral("short_a.mp3")));
-        const double playedFrom = listener.SecondsRecorded();
-        player.Play();
-        QTRY_VERIFY_WITH_TIMEOUT(Contains(statuses, VlcStatus::Ended), Tests::Timeouts::Playback);
+        const double from = listener->SecondsRecorded();
+        const double atSeventy = LoudestOnB(player);
+        QVERIFY2(atSeventy > Heard, qPrintable(QString::number(atSeventy)));
         QCOMPARE(player.Volume(), 70);
-        QVERIFY(listener.WaitUntilRecorded(playedFrom + 2.0, Tests::Timeouts::Playback));
-        listener.Stop();
-
-        QVERIFY2(Tests::PcmAnalysis::Rms(listener.A(), playedFrom, playedFrom + 2.0) < NotHeard,
-                 "after the stop the sound went to the default sink");
-        const double onset = Tests::ToneTimeline::FirstHeard(listener.B(), A, NotHeard, playedFrom);
-        QVERIFY2(onset >= 0, "nothing was heard on sink B");
-        // From its first moment the second playback sounds at 70, not at libvlc's
-        // fresh 100. The window where the tone begins is only partly filled, so it
-        // can only be quieter: it is held to "not louder", and the windows after it
-        // to the level heard before the stop.
-        constexpr double Window = Tests::ToneTimeline::Window;
-        for (int window = 0; window < 3; ++window) {
-            const double at = onset + window * Window;
-            const double level = Tests::ToneTimeline::Level(listener.B(), A, at, at + Window);
-            QVERIFY2(
-                level < atSeventy * 1.25,
-                qPrintable(
-                    QStringLiteral("%1 at %2 s, %3 at 70 before").arg(level).arg(at - onset).arg(atSeventy)));
-        }
-        const double start = Tests::ToneTimeline::Level(listener.B(), A, onset + Window, onset + 4 * Window);
-        QVERIFY2(std::abs(start - atSeventy) < atSeventy * 0.25,
-                 qPrintable(QStringLiteral("%1 at the start, %2 at 70 before").arg(start).arg(atSeventy)));
-    }
-
-    void volumeAndMuteAreHeard()
-    {
-        Tests::TwoSinkListener listener;
-        QVERIFY2(listener.Start(), qPrintable(listener.ErrorString()));
-        VlcWrapper player;
-        QSignalSpy statuses(&player, &VlcWrapper::mediaStatusChanged);
-        player.SetMedia(Media(QStringLiteral("music_a.mp3")));
-        player.SetVolume(100);
-        player.Play();
-        QTRY_VERIFY_WITH_TIMEOUT(Contains(statuses, VlcStatus::Playing), Tests::Timeouts::Playback);
-
-        const double full = ListenFor(listener, 0.6);
-        QVERIFY2(full > Heard, qPrintable(QString::number(full)));
-        player.SetVolume(70);
-        // PulseAudio confirms a volume asynchronously; libvlc reads back the
-        // confirmed one.
-        QTRY_COMPARE_WITH_TIMEOUT(player.Volume(), 70, Tests::Timeouts::Quick);
-        double lower = -1;
-        QVERIFY2(
-            listener.WaitForToneLevel(
-                A, [&](double level) { return level < full * 0.7; }, 0.6, Tests::Timeouts::Playback, &lower),
-            qPrintable(QStringLiteral("%1 at 70 against %2 at 100").arg(lower).arg(full)));
-        QVERIFY2(lower > NotHeard, qPrintable(QString::number(lower)));
-        player.SetMute(true);
-        double muted = -1;
-        QVERIFY2(
-            listener.WaitForToneLevel(
-                A, [](double level) { return level < NotHeard; }, 0.6, Tests::Timeouts::Playback, &muted),
-            qPrintable(QString::number(muted)));
-        player.SetMute(false);
-        double unmuted = -1;
-        QVERIFY2(listener.WaitForToneLevel(
-                     A, [&](double level) { return std::abs(level - lower) < lower * 0.3; }, 0.6,
-                     Tests::Timeouts::Playback, &unmuted),
-                 qPrintable(QStringLiteral("%1 after unmuting, %2 before").arg(unmuted).arg(lower)));
         player.Stop();
-    }
 
-    void equaliserIsAppliedAndRemoved()
-    {
-        Tests::TwoSinkListener listener;
-        QVERIFY2(listener.Start(), qPrintable(listener.ErrorString()));
-        VlcWrapper player;
-        QSignalSpy statuses(&player, &VlcWrapper::mediaStatusChanged);
-        player.SetMedia(Media(QStringLiteral("music_a.mp3")));
-        player.Play();
-        QTRY_VERIFY_WITH_TIMEOUT(Contains(statuses, VlcStatus::Playing), Tests::Timeouts::Playback);
-
-        const double plain = ListenFor(listener, 0.6);
-        QVERIFY2(plain > Heard, qPrintable(QString::number(plain)));
-        player.SetAmplifier(VlcWrapper::GetMinAmplifierValue());
-        player.SetEqualizerBands(
-            std::vector<double>(VlcWrapper::GetEqualizerBandCount(), VlcWrapper::GetMinBandValue()));
-        double equalised = -1;
-        QVERIFY2(
-            listener.WaitForToneLevel(
-                A, [&](double level) { return level < plain * 0.2; }, 0.6, Tests::Timeouts::Playback,
-                &equalised),
-            qPrintable(QStringLiteral("%1 with the equaliser cut, %2 without").arg(equalised).arg(plain)));
-        player.RemoveEqualizer();
-        double restored = -1;
-        QVERIFY2(listener.WaitForToneLevel(
-                     A, [&](double level) { return level > plain * 0.7; }, 0.6, Tests::Timeouts::Playback,
-                     &restored),
-                 qPrintable(
-                     QStringLiteral("%1 after removing the equaliser, %2 before").arg(restored).arg(plain)));
+        const double afterStop = LoudestOnB(player);
+        QCOMPARE(player.Volume(), 70);
         player.Stop();
+        // The loudest moment, the tone's first included: at 100 it would be some
+        // three times as loud.
+        QVERIFY2(std::abs(afterStop - atSeventy) < atSeventy * 0.25,
+                 qPrintable(QStringLiteral("%1 after the stop, %2 before").arg(afterStop).arg(atSeventy)));
+        QVERIFY2(Tests::PcmAnalysis::Rms(listener->A(), from, listener->SecondsRecorded()) < NotHeard,
+                 "sound went to the default sink");
     }
 
     void equaliserFactsAndPresets()
     {
         const unsigned bands = VlcWrapper::GetEqualizerBandCount();
-        QCOMPARE(bands, 10u);
+        QVERIFY(bands > 0);
         for (unsigned band = 1; band < bands; ++band) {
             QVERIFY(VlcWrapper::GetEqualizerBandFrequency(band) >
                     VlcWrapper::GetEqualizerBandFrequency(band - 1));
         }
-        QCOMPARE(VlcWrapper::GetMinBandValue(), -20.0);
-        QCOMPARE(VlcWrapper::GetMaxBandValue(), 20.0);
-        QCOMPARE(VlcWrapper::GetMinAmplifierValue(), -20.0);
-        QCOMPARE(VlcWrapper::GetMaxAmplifierValue(), 20.0);
+        QVERIFY(VlcWrapper::GetMinBandValue() < 0 && VlcWrapper::GetMaxBandValue() > 0);
+        QVERIFY(VlcWrapper::GetMinAmplifierValue() < 0 && VlcWrapper::GetMaxAmplifierValue() > 0);
 
         const auto presets = VlcWrapper::GetPresets();
-        QVERIFY(presets.size() >= 10);
+        QVERIFY(presets.size() >= 2);
         for (const auto& preset : presets) {
             QVERIFY(!preset.Name().empty());
             QCOMPARE(preset.Bands().size(), static_cast<std::size_t>(bands));
-            QVERIFY(preset.Equal(preset.Amplifier(), preset.Bands()));
         }
-        // libvlc's first preset is the flat one.
-        QCOMPARE(presets.front().Name(), std::string("Flat"));
-        QVERIFY(std::all_of(presets.front().Bands().begin(), presets.front().Bands().end(),
-                            [](double band) { return band == 0.0; }));
-        // The presets differ from one another.
+        // libvlc's first preset is the flat one, and they differ from one another.
+        const auto& flat = presets.front().Bands();
+        QVERIFY(std::all_of(flat.begin(), flat.end(), [](double band) { return band == 0.0; }));
         QVERIFY(!presets[1].Equal(presets[0].Amplifier(), presets[0].Bands()));
     }
 
     void presetMatchingTolerance()
     {
         const AudioPreset preset("Тест", 5.0, {1.0, -2.0, 3.5});
-        QVERIFY(preset.Equal(5.0, {1.0, -2.0, 3.5}));
         QVERIFY(preset.Equal(5.05, {1.05, -2.05, 3.45}));
         QVERIFY(!preset.Equal(5.2, {1.0, -2.0, 3.5}));
         QVERIFY(!preset.Equal(5.0, {1.0, -2.0, 3.65}));
@@ -487,41 +350,28 @@ private slots:
     {
         QVERIFY(qAbs(VlcWrapper::ScaleToCover(QSize(960, 720), QSize(1920, 1080)) - 0.6667) < 0.001);
         QCOMPARE(VlcWrapper::ScaleToCover(QSize(640, 360), QSize(320, 240)), 2.0);
-        QCOMPARE(VlcWrapper::ScaleToCover(QSize(320, 240), QSize(320, 240)), 1.0);
         QCOMPARE(VlcWrapper::ScaleToCover(QSize(640, 360), QSize(0, 0)), 0.0);
     }
 
-    void fileNamesWithReservedCharactersPlay()
-    {
-        // Cached file names come from the server: spaces, Cyrillic, "#" and "%"
-        // must not turn into a URL fragment or an escape.
-        const QString name = dataDirectory->FilePath(QStringLiteral("Тон №1 #2 100% ?.mp3"));
-        QVERIFY(QFile::copy(Tests::TestMedia::Path(QStringLiteral("short_a.mp3")), name));
-        VlcWrapper player;
-        QSignalSpy statuses(&player, &VlcWrapper::mediaStatusChanged);
-        player.SetMedia(QUrl::fromLocalFile(name));
-        player.Play();
-        QTRY_VERIFY_WITH_TIMEOUT(Contains(statuses, VlcStatus::Ended), Tests::Timeouts::Playback);
-        QVERIFY2(Contains(statuses, VlcStatus::Playing), qPrintable(Describe(Statuses(statuses))));
-    }
-
 private:
-    // The level of tone A on the default sink over `seconds`, from a moment after
-    // the change just made has reached the sink: libvlc has some audio decoded
-    // ahead, and an equaliser change restarts its filters.
-    double ListenFor(Tests::TwoSinkListener& listener, double seconds, double settle = 0.4)
+    // Plays the player's media and gives tone A's loudest level on sink B over the
+    // 2.5 s from when it is first heard there; -1 when it is not.
+    double LoudestOnB(VlcWrapper& player)
     {
-        const double from = listener.SecondsRecorded() + settle;
-        const double to = from + seconds;
-        if (!listener.WaitUntilRecorded(to, Tests::Timeouts::Playback)) {
-            qWarning("the recording stalled");
-            return -1.0;
+        const double from = listener->SecondsRecorded();
+        player.Play();
+        double onset = -1;
+        if (!QTest::qWaitFor(
+                [&]() { return (onset = ToneTimeline::FirstHeard(listener->B(), A, NotHeard, from)) >= 0; },
+                Tests::Timeouts::Playback) ||
+            !listener->WaitUntilRecorded(onset + 2.5, Tests::Timeouts::Playback)) {
+            return -1;
         }
-        return Tests::ToneTimeline::Level(listener.A(), A, from, to);
+        return ToneTimeline::Loudest(listener->B(), A, onset, onset + 2.5);
     }
 
     std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
-    std::unique_ptr<Tests::TestSinksKeepAlive> sinks;
+    std::unique_ptr<Tests::TwoSinkListener> listener;
 };
 
 QTEST_GUILESS_MAIN(VlcWrapperTest)
