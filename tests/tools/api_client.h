@@ -8,7 +8,7 @@
 
 namespace Tests {
 
-// A plain blocking HTTP(S) client for the reference service's own tests: it sends
+// A plain blocking HTTP client for the reference service's own tests: it sends
 // exactly the target, headers and body it is given (no encoding, no added
 // content type), so the tests decide every byte the service sees.
 class ApiClient
@@ -26,20 +26,17 @@ public:
         QByteArray body;
 
         QJsonObject Json() const;
-        bool IsJsonObject() const;
     };
 
-    // `origin` is "http://127.0.0.1:PORT/" or the https form.
+    // `origin` is "http://127.0.0.1:PORT/".
     explicit ApiClient(const QString& origin);
 
-    // For https: verify the server against this CA file (otherwise no check).
-    void SetCaCertificate(const QString& file);
+    static constexpr const char* Json = "application/json";
+    static constexpr const char* Form = "application/x-www-form-urlencoded";
 
     Answer Get(const QString& target, const Headers& headers = Headers()) const;
-    Answer Post(const QString& target, const QByteArray& body, const QByteArray& contentType,
+    Answer Post(const QString& target, const QByteArray& body, const QByteArray& contentType = Json,
                 const Headers& headers = Headers()) const;
-    Answer PostForm(const QString& target, const QByteArray& form, const Headers& headers = Headers()) const;
-    Answer PostJson(const QString& target, const QByteArray& json, const Headers& headers = Headers()) const;
 
     // Signs in as the player does and returns the token; empty on any failure.
     QString SignIn(const QString& login, const QString& password, const QString& code) const;
@@ -47,7 +44,6 @@ public:
 
 private:
     QString origin;
-    QString caCertificate;
 };
 
 } // namespace Tests
