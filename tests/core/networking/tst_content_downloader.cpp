@@ -273,8 +273,6 @@ private slots:
         for (int failures : {2, 3}) {
             const char* outcome = failures == 2 ? ", then arrives" : ", given up";
             QTest::addRow("HTTP 500%s", outcome) << "status" << failures << "Ошибка скачивания файла %TMP%";
-            QTest::addRow("HTTP 404%s", outcome)
-                << "not_found" << failures << "Ошибка скачивания файла %TMP%";
             QTest::addRow("wrong bytes%s", outcome)
                 << "wrong_md5" << failures << "\tНеверный md5, ошибка скачивания";
             QTest::addRow("empty%s", outcome) << "empty" << failures << "\tФайл имеет нулевой размер: %TMP%";

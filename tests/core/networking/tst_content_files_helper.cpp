@@ -52,8 +52,6 @@ private slots:
         QTest::addColumn<QString>("expected");
         QTest::newRow("ads go to ads, not clip") << 0 << "shops/12/promo.mp3"
                                                  << "ads/promo.mp3";
-        QTest::newRow("music") << 1 << "/music/2026/song.mp3"
-                               << "music/song.mp3";
         QTest::newRow("video, backslashes") << 2 << "video\\winter\\clip.mp4"
                                             << "video/clip.mp4";
         QTest::newRow("photo, bare name") << 3 << "shelf.jpg"
