@@ -12,6 +12,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <memory>
+
 using Tests::ApiClient;
 
 // The service as a process: a broken scenario or command line is refused with a
