@@ -7,42 +7,41 @@ using Core::DataTypes::Playback::ContentType;
 
 void RecordingPeriodObserver::PeriodStarted(std::shared_ptr<PlayablePeriod> period)
 {
-    events.push_back({Kind::PeriodStarted, period.get(), ContentType::Clip, 0, 0, false});
+    Add(Kind::PeriodStarted, period);
 }
 
 void RecordingPeriodObserver::LastPeriodFinished(std::shared_ptr<PlayablePeriod> period)
 {
-    events.push_back({Kind::LastPeriodFinished, period.get(), ContentType::Clip, 0, 0, false});
+    Add(Kind::LastPeriodFinished, period);
 }
 
 void RecordingPeriodObserver::CurrentPeriodNotFound()
 {
-    events.push_back({Kind::CurrentPeriodNotFound, nullptr, ContentType::Clip, 0, 0, false});
+    Add(Kind::CurrentPeriodNotFound, nullptr);
 }
 
 void RecordingPeriodObserver::PeriodStartedPlayingTrack(std::shared_ptr<PlayablePeriod> period,
-                                                        ContentType type, int volume,
+                                                        ContentType type, int,
                                                         const Core::DataTypes::Playback::Track& track,
                                                         bool resumed)
 {
-    events.push_back({Kind::TrackStarted, period.get(), type, volume, track.id, resumed});
+    events.push_back({Kind::TrackStarted, period.get(), type, track.id, resumed});
 }
 
-void RecordingPeriodObserver::PeriodChangedProgress(std::shared_ptr<PlayablePeriod>, ContentType type, double,
+void RecordingPeriodObserver::PeriodChangedProgress(std::shared_ptr<PlayablePeriod>, ContentType, double,
                                                     double)
 {
-    ++progressTicks[type];
 }
 
 void RecordingPeriodObserver::PeriodFinishedPlayingAdBlock(std::shared_ptr<PlayablePeriod> period)
 {
-    events.push_back({Kind::AdBlockFinished, period.get(), ContentType::Clip, 0, 0, false});
+    Add(Kind::AdBlockFinished, period);
 }
 
 bool RecordingPeriodObserver::PeriodShouldPlayNextTrack(std::shared_ptr<PlayablePeriod> period)
 {
-    events.push_back({Kind::ShouldPlayNextTrack, period.get(), ContentType::Clip, 0, 0, false});
-    return playNextTrack;
+    Add(Kind::ShouldPlayNextTrack, period);
+    return true;
 }
 
 int RecordingPeriodObserver::Count(Kind kind) const
@@ -73,6 +72,11 @@ int RecordingPeriodObserver::IndexOf(Kind kind, std::int32_t trackId) const
         }
     }
     return -1;
+}
+
+void RecordingPeriodObserver::Add(Kind kind, const std::shared_ptr<PlayablePeriod>& period)
+{
+    events.push_back({kind, period.get(), ContentType::Clip, 0, false});
 }
 
 } // namespace Tests

@@ -3,13 +3,11 @@
 #include "core/content_playing/playable_period_observer.h"
 
 #include <cstdint>
-#include <map>
 #include <vector>
 
 namespace Tests {
 
-// Writes down what the periods of a chain report, in order; progress ticks are
-// only counted, per kind of content.
+// Writes down what the periods of a chain report, in order; progress is left out.
 class RecordingPeriodObserver : public Core::ContentPlaying::PlayablePeriodObserver
 {
 public:
@@ -27,7 +25,6 @@ public:
         Kind kind;
         const Core::ContentPlaying::PlayablePeriod* period;
         Core::DataTypes::Playback::ContentType type;
-        int volume;
         std::int32_t trackId;
         bool resumed;
     };
@@ -42,6 +39,7 @@ public:
                                Core::DataTypes::Playback::ContentType type, double progress,
                                double durationSeconds) override;
     void PeriodFinishedPlayingAdBlock(std::shared_ptr<Core::ContentPlaying::PlayablePeriod> period) override;
+    // Always lets the period go on with its content.
     bool PeriodShouldPlayNextTrack(std::shared_ptr<Core::ContentPlaying::PlayablePeriod> period) override;
 
     int Count(Kind kind) const;
@@ -52,9 +50,9 @@ public:
     int IndexOf(Kind kind, std::int32_t trackId = 0) const;
 
     std::vector<Event> events;
-    std::map<Core::DataTypes::Playback::ContentType, int> progressTicks;
-    // What PeriodShouldPlayNextTrack answers.
-    bool playNextTrack = true;
+
+private:
+    void Add(Kind kind, const std::shared_ptr<Core::ContentPlaying::PlayablePeriod>& period);
 };
 
 } // namespace Tests

@@ -2,6 +2,7 @@
 #include "core/settings.h"
 #include "tests/core/content_playing/playback_test_tracks.h"
 #include "tests/core/content_playing/recording_block_observer.h"
+#include "tests/support/event_log.h"
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_timeouts.h"
 
@@ -14,32 +15,28 @@
 
 #include <memory>
 
-using Core::Settings;
 using Core::ContentPlaying::PhotoBlock;
 using Core::DataTypes::Playback::ContentType;
 using Core::DataTypes::Playback::Track;
 using Tests::PlaybackTestTracks;
+using Ids = std::vector<std::int32_t>;
 
 namespace {
 
 // The solid colours of the generated photos.
 const QColor Landscape(0x20, 0x60, 0xc0);
 const QColor Portrait(0xc0, 0x60, 0x20);
+// Each photo stays a second; a wait this long would see the next one.
+constexpr int LongerThanAPhoto = 1500;
 
-Track Photo(int id, const QString& media)
+Track Photo(int id, const char* media)
 {
-    return PlaybackTestTracks::Cached(id, ContentType::Photo, media);
+    return PlaybackTestTracks::Cached(id, ContentType::Photo, QString::fromUtf8(media));
 }
 
 Track Missing(int id)
 {
     return PlaybackTestTracks::Make(id, ContentType::Photo, QStringLiteral("missing_%1.jpg").arg(id));
-}
-
-bool Near(QColor a, QColor b)
-{
-    return std::abs(a.red() - b.red()) < 12 && std::abs(a.green() - b.green()) < 12 &&
-           std::abs(a.blue() - b.blue()) < 12;
 }
 
 // Whether all four corners and the centre of the widget show the colour: the
@@ -51,7 +48,9 @@ bool Covers(QWidget& widget, QColor colour)
     const int h = image.height() - 1;
     for (const QPoint point :
          {QPoint(0, 0), QPoint(w, 0), QPoint(0, h), QPoint(w, h), QPoint(w / 2, h / 2)}) {
-        if (!Near(image.pixelColor(point), colour)) {
+        const QColor shown = image.pixelColor(point);
+        if (std::abs(shown.red() - colour.red()) >= 12 || std::abs(shown.green() - colour.green()) >= 12 ||
+            std::abs(shown.blue() - colour.blue()) >= 12) {
             return false;
         }
     }
@@ -79,7 +78,7 @@ private slots:
     {
         dataDirectory = std::make_unique<Tests::TestDataDirectory>();
         QVERIFY(dataDirectory->IsValid());
-        Settings::SetPhotosDurationSeconds(1);
+        Core::Settings::SetPhotosDurationSeconds(1);
         observer = std::make_unique<Tests::RecordingBlockObserver>();
         widget = std::make_unique<QWidget>();
         widget->resize(300, 300);
@@ -95,9 +94,7 @@ private slots:
 
     void photosCoverTheWidgetInTurnAndWrap()
     {
-        PhotoBlock block({Missing(1), Photo(2, QStringLiteral("photo_landscape.jpg")),
-                          Photo(3, QStringLiteral("photo_portrait.jpg"))});
-        QCOMPARE(block.GetContentType(), ContentType::Photo);
+        PhotoBlock block({Missing(1), Photo(2, "photo_landscape.jpg"), Photo(3, "photo_portrait.jpg")});
         QVERIFY(block.HasAnyDownloadedFile());
         block.SetObserver(observer.get());
         block.SetPhotoWidget(widget.get());
@@ -105,8 +102,7 @@ private slots:
         clock.start();
         block.Start();
 
-        QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{2}));
-        QVERIFY(!observer->starts.front().resumed);
+        QCOMPARE(observer->StartedIds(), Ids{2});
         QLabel* label = PictureLabel(*widget);
         QVERIFY(label != nullptr);
         // 640×360 into 300×300: scaled until the height fits, the sides cut off.
@@ -130,13 +126,12 @@ private slots:
         QVERIFY2(clock.elapsed() - firstChange >= 900, "the photo did not stay for its duration");
     }
 
+    // Not started, nothing moves; a missing or unknown photo changes nothing.
     void nextPreviousAndChosenPhoto()
     {
-        PhotoBlock block({Missing(1), Photo(2, QStringLiteral("photo_landscape.jpg")),
-                          Photo(3, QStringLiteral("photo_portrait.jpg"))});
+        PhotoBlock block({Missing(1), Photo(2, "photo_landscape.jpg"), Photo(3, "photo_portrait.jpg")});
         block.SetObserver(observer.get());
         block.SetPhotoWidget(widget.get());
-        // Not started: nothing moves.
         block.GoToNextTrack();
         block.PlayTrack(3);
         QCOMPARE(observer->StartCount(), 0);
@@ -146,41 +141,38 @@ private slots:
         block.GoToPreviousTrack();
         block.GoToNextTrack();
         block.PlayTrack(2);
-        // A missing or unknown photo changes nothing.
         block.PlayTrack(1);
         block.PlayTrack(99);
-        QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{2, 3, 2, 3, 2}));
+        QCOMPARE(observer->StartedIds(), (Ids{2, 3, 2, 3, 2}));
         QVERIFY(Covers(*widget, Landscape));
     }
 
     void aSinglePhotoStays()
     {
-        PhotoBlock block({Photo(1, QStringLiteral("photo_portrait.jpg")), Missing(2)});
+        PhotoBlock block({Photo(1, "photo_portrait.jpg"), Missing(2)});
         block.SetObserver(observer.get());
         block.SetPhotoWidget(widget.get());
         block.Start();
         block.GoToNextTrack();
-        QVERIFY(!QTest::qWaitFor([this]() { return observer->StartCount() > 1; }, 1500));
-        QCOMPARE(observer->StartCount(), 1);
+        QVERIFY(!Advances(1));
         QVERIFY(Covers(*widget, Portrait));
     }
 
-    void withoutAWidgetTheStartIsReportedButNothingAdvances()
+    // Without a widget the start is reported but nothing advances, a resume
+    // included; given one, the current photo is shown and the slideshow runs.
+    void withoutAWidgetNothingAdvances()
     {
-        PhotoBlock block({Photo(1, QStringLiteral("photo_landscape.jpg")),
-                          Photo(2, QStringLiteral("photo_portrait.jpg"))});
+        PhotoBlock block({Photo(1, "photo_landscape.jpg"), Photo(2, "photo_portrait.jpg")});
         block.SetObserver(observer.get());
         block.Start();
         QCOMPARE(observer->StartCount(), 1);
-        QVERIFY(!QTest::qWaitFor([this]() { return observer->StartCount() > 1; }, 1500));
-        // A resume without a widget does not run the timer either.
+        QVERIFY(!Advances(1));
         block.Pause();
         block.Start();
-        QVERIFY(!QTest::qWaitFor([this]() { return observer->StartCount() > 1; }, 1500));
+        QVERIFY(!Advances(1));
 
-        // Given a widget, the current photo is shown and the slideshow runs.
         block.SetPhotoWidget(widget.get());
-        QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 1}));
+        QCOMPARE(observer->StartedIds(), (Ids{1, 1}));
         QVERIFY(Covers(*widget, Landscape));
         QTRY_COMPARE_WITH_TIMEOUT(observer->StartCount(), 3, Tests::Timeouts::Quick);
         QCOMPARE(observer->starts.back().trackId, 2);
@@ -190,6 +182,7 @@ private slots:
     {
         PhotoBlock block({Missing(1), Missing(2)});
         QVERIFY(!block.HasAnyDownloadedFile());
+        // An empty block has nothing to wait for.
         QVERIFY(PhotoBlock({}).HasAnyDownloadedFile());
         block.SetObserver(observer.get());
         block.SetPhotoWidget(widget.get());
@@ -199,45 +192,45 @@ private slots:
         QVERIFY(PictureLabel(*widget) == nullptr);
     }
 
+    // Pause holds the photo and Start resumes; stopped, the block is idle and
+    // starts again from the first photo.
     void pauseHoldsThePhotoAndStartResumes()
     {
-        PhotoBlock block({Photo(1, QStringLiteral("photo_landscape.jpg")),
-                          Photo(2, QStringLiteral("photo_portrait.jpg"))});
+        PhotoBlock block({Photo(1, "photo_landscape.jpg"), Photo(2, "photo_portrait.jpg")});
         block.SetObserver(observer.get());
         block.SetPhotoWidget(widget.get());
         block.Start();
         block.Pause();
-        QVERIFY(!QTest::qWaitFor([this]() { return observer->StartCount() > 1; }, 1500));
+        QVERIFY(!Advances(1));
         block.Start();
         QTRY_COMPARE_WITH_TIMEOUT(observer->StartCount(), 2, Tests::Timeouts::Quick);
-        QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 2}));
+        QCOMPARE(observer->StartedIds(), (Ids{1, 2}));
 
-        // Stopped, it is idle; started again it begins with the first photo.
         block.Stop();
-        QVERIFY(!QTest::qWaitFor([this]() { return observer->StartCount() > 2; }, 1500));
+        QVERIFY(!Advances(2));
         block.Start();
         QCOMPARE(observer->starts.back().trackId, 1);
     }
 
+    // A photo that cannot be opened is logged, the previous one stays on show and
+    // the slideshow goes on past it.
     void aBrokenPhotoLeavesThePreviousOneOnShow()
     {
-        PhotoBlock block(
-            {Photo(1, QStringLiteral("photo_landscape.jpg")), Photo(2, QStringLiteral("broken.jpg"))});
+        PhotoBlock block({Photo(1, "photo_landscape.jpg"), Photo(2, "broken.jpg")});
         block.SetObserver(observer.get());
         block.SetPhotoWidget(widget.get());
         block.Start();
         block.GoToNextTrack();
-        QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 2}));
+        QCOMPARE(observer->StartedIds(), (Ids{1, 2}));
         QVERIFY(Covers(*widget, Landscape));
-        QVERIFY2(PlaybackTestTracks::EventLog().contains(QStringLiteral("Не удалось открыть изображение ")),
-                 qPrintable(PlaybackTestTracks::EventLog()));
-        // The slideshow goes on past it.
+        QVERIFY2(Tests::EventLog::Text().contains(QStringLiteral("Не удалось открыть изображение ")),
+                 qPrintable(Tests::EventLog::Text()));
         QTRY_COMPARE_WITH_TIMEOUT(observer->StartCount(), 3, Tests::Timeouts::Quick);
     }
 
     void refreshFitsAResizedWidget()
     {
-        PhotoBlock block({Photo(1, QStringLiteral("photo_portrait.jpg"))});
+        PhotoBlock block({Photo(1, "photo_portrait.jpg")});
         block.SetPhotoWidget(widget.get());
         block.Start();
         widget->resize(200, 500);
@@ -256,7 +249,7 @@ private slots:
         auto* layout = new QHBoxLayout(widget.get());
         layout->setContentsMargins(0, 0, 0, 0);
         layout->addWidget(new QWidget(widget.get()));
-        PhotoBlock block({Photo(1, QStringLiteral("photo_landscape.jpg"))});
+        PhotoBlock block({Photo(1, "photo_landscape.jpg")});
         block.SetPhotoWidget(widget.get());
         block.Start();
         QVERIFY(PictureLabel(*widget) != nullptr);
@@ -264,6 +257,13 @@ private slots:
     }
 
 private:
+    // Whether more than `starts` photos are reported within a photo's time.
+    bool Advances(int starts)
+    {
+        return QTest::qWaitFor([this, starts]() { return observer->StartCount() > starts; },
+                               LongerThanAPhoto);
+    }
+
     std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
     std::unique_ptr<Tests::RecordingBlockObserver> observer;
     std::unique_ptr<QWidget> widget;

@@ -1,13 +1,12 @@
-#include "core/content_playing/playable_period_builder.h"
 #include "core/content_playing/player.h"
 #include "core/networking/content_files_helper.h"
 #include "core/settings.h"
 #include "core/utilities/clock.h"
-#include "tests/core/content_playing/event_log_messages.h"
 #include "tests/core/content_playing/playback_test_tracks.h"
 #include "tests/core/content_playing/recording_player_observer.h"
 #include "tests/core/content_playing/test_periods.h"
 #include "tests/core/content_playing/test_sinks_keep_alive.h"
+#include "tests/support/event_log.h"
 #include "tests/support/reference_service.h"
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_media.h"
@@ -21,7 +20,6 @@
 #include <QtTest>
 
 #include <memory>
-#include <stdexcept>
 
 using Core::ContentPlaying::ContentFilesHelper;
 using Core::ContentPlaying::Player;
@@ -35,16 +33,11 @@ using Core::DataTypes::Playback::PlaybackConfiguration;
 using Core::DataTypes::Playback::PlaybackPeriod;
 using Core::DataTypes::Playback::Playlist;
 using Core::DataTypes::Playback::Track;
-using Tests::EventLogMessages;
+using Tests::EventLog;
 using Tests::PlaybackTestTracks;
 using Tests::RecordingPlayerObserver;
 
 namespace {
-
-std::string Today()
-{
-    return Tests::TestPeriods::Today();
-}
 
 // No days; every kind of track is present, as the configuration reader leaves it.
 PlaybackConfiguration WithTracks(const std::vector<Track>& tracks)
@@ -62,9 +55,9 @@ PlaybackConfiguration WithTracks(const std::vector<Track>& tracks)
 
 // One period of the test day playing one playlist of the kind of its tracks;
 // `others` are in the configuration without being played.
-PlaybackConfiguration Schedule(const std::string& periodName, const std::string& start,
-                               const std::string& end, const std::string& playlistName,
-                               const std::vector<Track>& played, const std::vector<Track>& others = {})
+PlaybackConfiguration Schedule(const std::string& periodName, const std::string& end,
+                               const std::string& playlistName, const std::vector<Track>& played,
+                               const std::vector<Track>& others = {})
 {
     std::vector<Track> tracks = played;
     tracks.insert(tracks.end(), others.begin(), others.end());
@@ -81,15 +74,14 @@ PlaybackConfiguration Schedule(const std::string& periodName, const std::string&
     configuration.playlists = {playlist};
     PlaybackPeriod period;
     period.name = periodName;
-    period.startTime = start;
+    period.startTime = "10:00";
     period.endTime = end;
     period.contentVolume = 100;
     period.adsVolume = 100;
     period.playlistIds[type] = 1;
     Day day;
-    // The test day's weekday, as TestPeriods::Text() writes it.
     day.dayOfWeek = "Суббота";
-    day.date = Today();
+    day.date = Tests::TestPeriods::Today();
     day.periods = {period};
     configuration.days = {day};
     return configuration;
@@ -107,9 +99,9 @@ const QString Restart = QStringLiteral("Перезапуск воспроизв�
 } // namespace
 
 // The player over real periods, blocks and sound: switching on and off, what it
-// does with schedules that cover nothing or fail to build, configuration updates
-// that wait for the playing track, advertising, and media that must be downloaded
-// from the reference service first.
+// does with schedules that fail to build, configuration updates that wait for the
+// playing track, advertising, and media that must be downloaded from the
+// reference service first.
 class PlayerTest : public QObject
 {
     Q_OBJECT
@@ -118,16 +110,15 @@ private slots:
     void initTestCase()
     {
         QVERIFY(content.isValid());
+        QVERIFY(QDir(content.path()).mkpath(QStringLiteral("music")));
         for (const QString& name : {QStringLiteral("short_b.mp3"), QStringLiteral("short_c.mp3")}) {
             const QString source = Tests::TestMedia::Path(name);
             QVERIFY2(!source.isEmpty(), "register the test with NEEDS media");
-            QVERIFY(QDir(content.path()).mkpath(QStringLiteral("music")));
             QVERIFY(QFile::copy(source, content.filePath(QStringLiteral("music/") + name)));
         }
-        service = std::make_unique<Tests::ReferenceService>(
-            Tests::ReferenceService::SourceDirectory() + QStringLiteral("/tests/tools/scenarios/basic"),
-            content.path());
-        QVERIFY2(service->Start(), qPrintable(service->ErrorString()));
+        QString error;
+        service = Tests::ReferenceService::Started(QStringLiteral("basic"), &error, content.path());
+        QVERIFY2(service, qPrintable(error));
     }
 
     void cleanupTestCase()
@@ -139,10 +130,9 @@ private slots:
     {
         dataDirectory = std::make_unique<Tests::TestDataDirectory>();
         QVERIFY(dataDirectory->IsValid());
-        // Half an hour into a period that runs from 10:00 to 11:00, three seconds
-        // before an advertising slot at 10:30.
+        // Half an hour into a period that runs from 10:00, three seconds before an
+        // advertising slot at 10:30.
         Tests::TestPeriods::SetNow(QTime(10, 29, 57));
-        // Playlists play in their order.
         for (const ContentType type : {ContentType::Music, ContentType::Video, ContentType::Photo}) {
             Core::Settings::SetShuffle(type, false);
         }
@@ -180,16 +170,15 @@ private slots:
         QVERIFY(observer->calls.empty());
 
         player->Start();
+        player->Start();
         QCOMPARE(observer->Events(), QStringList{"last period finished"});
         QVERIFY(observer->calls.back().state.playingNow);
-        player->Start();
         QCOMPARE(observer->calls.size(), std::size_t{1});
-        QCOMPARE(EventLogMessages::Read().count(QStringLiteral("Дни расписания не найдены!")), 1);
+        QCOMPARE(EventLog::Count(QStringLiteral("Дни расписания не найдены!")), 1);
 
         player->Stop(true);
         player->Stop(true);
         QCOMPARE(observer->calls.size(), std::size_t{2});
-        QCOMPARE(observer->calls.back().event, QStringLiteral("state"));
         QVERIFY(!observer->calls.back().state.playingNow);
         QCOMPARE(stops, 1);
 
@@ -205,70 +194,29 @@ private slots:
         QCOMPARE(observer->calls.size(), std::size_t{4});
     }
 
-    // A period is current by its date and times alone; with none covering now the
-    // player says so and stays on, and user actions have nowhere to go.
-    void noPeriodCoversNow()
-    {
-        const Track track = Cached(1, ContentType::Music, "short_a.mp3", "Ля");
-        const std::string yesterday =
-            QDate::fromString(QString::fromStdString(Today()), QStringLiteral("dd.MM.yyyy"))
-                .addDays(-1)
-                .toString(QStringLiteral("dd.MM.yyyy"))
-                .toStdString();
-        PlaybackConfiguration configuration = Schedule("Вчера", "10:00", "11:00", "Музыка", {track});
-        configuration.days.front().date = yesterday;
-        configuration.days.push_back(Schedule("Позже", "11:00", "12:00", "Музыка", {track}).days.front());
-        player = std::make_unique<Player>(configuration);
-        player->AddObserver(observer.get());
-        player->Start();
-        player->GoToNextTrack(ContentType::Music);
-
-        QCOMPARE(observer->Events(), QStringList{"no current period"});
-        QVERIFY(player->CurrentState().playingNow);
-        QCOMPARE(player->CurrentPeriodName(), std::string());
-        QVERIFY(player->GetCurrentTracks(ContentType::Music).empty());
-        const QStringList log = EventLogMessages::Read();
-        const QString days = QStringLiteral("Периоды воспроизведения:\n"
-                                            "\tСуббота %1\n\t\t Вчера  начало 10:00 конец 11:00\n"
-                                            "\tСуббота %2\n\t\t Позже  начало 11:00 конец 12:00")
-                                 .arg(QString::fromStdString(yesterday), QString::fromStdString(Today()));
-        QVERIFY2(log.count(days) == 1, qPrintable(log.join('\n')));
-        QCOMPARE(log.last(),
-                 QString::fromStdString("Период " + Tests::TestPeriods::Text("Позже", "11:00", "12:00") +
-                                        " не является текущим и не имеет следующего"));
-        QVERIFY(!QTest::qWaitFor([this]() { return observer->calls.size() > 1; }, Tests::Timeouts::Silence));
-    }
-
     // A schedule naming what the configuration lacks is logged and leaves the
     // player on with nothing; a corrected one arriving later plays at once.
     void aScheduleThatFailsToBuild()
     {
         const Track photo = Cached(31, ContentType::Photo, "photo_landscape.jpg", "Пейзаж");
-        PlaybackConfiguration broken = Schedule("День", "10:00", "11:00", "Фото", {photo});
+        PlaybackConfiguration broken = Schedule("День", "11:00", "Фото", {photo});
         broken.tracks.erase(ContentType::Clip);
-        QString reason;
-        try {
-            Core::ContentPlaying::PlayablePeriodBuilder::BuildPlayablePeriods(broken);
-        } catch (const std::out_of_range& error) {
-            reason = QString::fromUtf8(error.what());
-        }
-        QVERIFY2(!reason.isEmpty(), "a configuration without clip tracks must not build");
-
         player = std::make_unique<Player>(broken);
         player->AddObserver(observer.get());
         player->Start();
         QVERIFY(player->CurrentState().playingNow);
         QVERIFY(observer->calls.empty());
         QCOMPARE(player->CurrentPeriodName(), std::string());
-        const QStringList log = EventLogMessages::Read();
-        QCOMPARE(log.count(
-                     QStringLiteral("Ошибка построения периодов воспроизведения из конфигурации версии 7: ") +
-                     reason),
+        const QStringList log = EventLog::Entries();
+        QCOMPARE(log.filter(QStringLiteral(
+                                "Ошибка построения периодов воспроизведения из конфигурации версии 7: "))
+                     .size(),
                  1);
-        QVERIFY(!log.join('\n').contains(QStringLiteral("Периоды воспроизведения:")));
+        QVERIFY(log.filter(QStringLiteral("Периоды воспроизведения:")).isEmpty());
 
-        player->UpdateConfiguration(Schedule("День", "10:00", "11:00", "Фото", {photo}), false);
+        player->UpdateConfiguration(Schedule("День", "11:00", "Фото", {photo}), false);
         QCOMPARE(observer->Events(), (QStringList{"period День", "track photo 31"}));
+        QCOMPARE(EventLog::Entries().filter(QStringLiteral("Периоды воспроизведения:")).size(), 1);
         const PlayerState& started = observer->calls[observer->IndexOf(QStringLiteral("period День"))].state;
         const auto& shown = started.contentPlayingStates.at(ContentType::Photo);
         QVERIFY(shown.playing);
@@ -277,23 +225,42 @@ private slots:
         QVERIFY(!started.contentPlayingStates.at(ContentType::Music).playing);
     }
 
-    // With only photos on screen there is no track to wait for: the update
-    // restarts at once.
-    void anUpdateWithOnlyPhotosRestartsAtOnce()
+    // With only photos on screen, or once the last period has ended, there is no
+    // track to wait for: an update restarts at once. After the end a skip wakes
+    // nothing.
+    void anUpdateWithNoTrackOnAirRestartsAtOnce_data()
     {
+        QTest::addColumn<bool>("afterTheEnd");
+        QTest::newRow("only photos") << false;
+        QTest::newRow("after the last period") << true;
+    }
+
+    void anUpdateWithNoTrackOnAirRestartsAtOnce()
+    {
+        QFETCH(bool, afterTheEnd);
+        // Two tracks, so that a skip would have somewhere to go.
+        const Track a = Cached(1, ContentType::Music, "music_a.mp3", "Ля");
+        const Track b = Cached(2, ContentType::Music, "music_b.mp3", "Ми");
         const Track photo = Cached(31, ContentType::Photo, "photo_landscape.jpg", "Пейзаж");
-        player = std::make_unique<Player>(Schedule("День", "10:00", "11:00", "Фото", {photo}));
+        player = std::make_unique<Player>(afterTheEnd ? Schedule("Утро", "10:30", "Музыка", {a, b}, {photo})
+                                                      : Schedule("Утро", "11:00", "Фото", {photo}));
         player->AddObserver(observer.get());
         player->Start();
-        QCOMPARE(player->CurrentPeriodName(), std::string("День"));
+        QCOMPARE(player->CurrentPeriodName(), std::string("Утро"));
+        if (afterTheEnd) {
+            QTRY_VERIFY_WITH_TIMEOUT(observer->HasEvent(QStringLiteral("last period finished")),
+                                     Tests::Timeouts::Playback);
+            QVERIFY(player->CurrentState().playingNow);
+            player->GoToNextTrack(ContentType::Music);
+            QCOMPARE(observer->Events().filter(QStringLiteral("track music")), QStringList{"track music 1"});
+        }
+        observer->calls.clear();
 
-        player->UpdateConfiguration(Schedule("Вечер", "10:00", "11:00", "Другие фото", {photo}), false);
-        QCOMPARE(observer->Events(),
-                 (QStringList{"period День", "track photo 31", "period Вечер", "track photo 31"}));
-        QCOMPARE(player->CurrentPeriodName(), std::string("Вечер"));
+        player->UpdateConfiguration(Schedule("Вечер", "11:00", "Другие фото", {photo}), false);
+        QCOMPARE(observer->Events(), (QStringList{"period Вечер", "track photo 31"}));
         QCOMPARE(player->CurrentState().contentPlayingStates.at(ContentType::Photo).playlistName,
                  std::string("Другие фото"));
-        QVERIFY(!EventLogMessages::Read().contains(DeferredRestart));
+        QCOMPARE(EventLog::Count(DeferredRestart), 0);
         QVERIFY(!player->RestartIfNeeded());
     }
 
@@ -306,19 +273,17 @@ private slots:
             return;
         }
         QVERIFY(!observer->HasEvent(QStringLiteral("period Вечер")));
-        QVERIFY(EventLogMessages::Read().contains(DeferredRestart));
+        QCOMPARE(EventLog::Count(DeferredRestart), 1);
 
-        QTRY_VERIFY2_WITH_TIMEOUT(
-            observer->HasEvent(QStringLiteral("track music 3")),
-            qPrintable(observer->Events().join(", ") + "\n" + EventLogMessages::Read().join("\n")),
-            Tests::Timeouts::Playback);
+        QTRY_VERIFY2_WITH_TIMEOUT(observer->HasEvent(QStringLiteral("track music 3")),
+                                  qPrintable(observer->Events().join(", ") + "\n" + EventLog::Text()),
+                                  Tests::Timeouts::Playback);
         QCOMPARE(observer->Events(),
                  (QStringList{"period Утро", "track music 1", "period Вечер", "track music 3"}));
         // The restart came from the end of the first track, and only from it.
-        const QStringList log = EventLogMessages::Read();
+        const QStringList log = EventLog::Entries();
         QCOMPARE(log.count(Restart), 1);
         const int deferred = static_cast<int>(log.indexOf(DeferredRestart));
-        QVERIFY(deferred >= 0);
         QCOMPARE(
             log.mid(deferred + 1, 2),
             (QStringList{"Блок контента остановил воспроизведение после окончания текущего трека", Restart}));
@@ -326,41 +291,18 @@ private slots:
                  std::string("Вечерняя"));
     }
 
-    // Once the last period has ended nothing plays: an update has no track to
-    // wait for and restarts at once, and a skip wakes nothing.
-    void afterTheLastPeriodAnUpdateRestartsAtOnce()
-    {
-        const Track a = Cached(1, ContentType::Music, "music_a.mp3", "Ля");
-        const Track b = Cached(2, ContentType::Music, "music_b.mp3", "Ми");
-        const Track photo = Cached(31, ContentType::Photo, "photo_landscape.jpg", "Пейзаж");
-        const PlaybackConfiguration morning = Schedule("Утро", "10:00", "10:30", "Музыка", {a, b}, {photo});
-        player = std::make_unique<Player>(morning);
-        player->AddObserver(observer.get());
-        player->Start();
-        QTRY_VERIFY_WITH_TIMEOUT(observer->HasEvent(QStringLiteral("last period finished")),
-                                 Tests::Timeouts::Playback);
-        QCOMPARE(observer->Events(), (QStringList{"period Утро", "track music 1", "last period finished"}));
-        QVERIFY(player->CurrentState().playingNow);
-
-        player->GoToNextTrack(ContentType::Music);
-        player->UpdateConfiguration(Schedule("День", "10:00", "11:00", "Фото", {photo}), false);
-        QCOMPARE(observer->Events(), (QStringList{"period Утро", "track music 1", "last period finished",
-                                                  "period День", "track photo 31"}));
-        QVERIFY(!EventLogMessages::Read().contains(DeferredRestart));
-    }
-
-    // Skipping while a restart waits carries the restart out instead.
+    // Skipping while a restart waits carries the restart out instead, before the
+    // call returns.
     void skippingCarriesOutAPendingRestart()
     {
         StartMusicThenUpdate();
         if (QTest::currentTestFailed()) {
             return;
         }
-        // The restart is done before the call returns: the new playlist is on.
         player->GoToNextTrack(ContentType::Music);
         QCOMPARE(observer->Events(),
                  (QStringList{"period Утро", "track music 1", "period Вечер", "track music 3"}));
-        QCOMPARE(EventLogMessages::Read().count(Restart), 1);
+        QCOMPARE(EventLog::Count(Restart), 1);
         QVERIFY(!player->RestartIfNeeded());
     }
 
@@ -374,8 +316,8 @@ private slots:
         adBlock.name = "Полдень";
         adBlock.interruptContent = true;
         adBlock.startTime = "10:30";
-        adBlock.tracks = {{Today(), 50}};
-        PlaybackConfiguration configuration = Schedule("Утро", "10:00", "11:00", "Музыка", {music}, {clip});
+        adBlock.tracks = {{Tests::TestPeriods::Today(), 50}};
+        PlaybackConfiguration configuration = Schedule("Утро", "11:00", "Музыка", {music}, {clip});
         configuration.adBlocks = {adBlock};
         player = std::make_unique<Player>(configuration);
         player->AddObserver(observer.get());
@@ -420,9 +362,9 @@ private slots:
         Track later = PlaybackTestTracks::Make(2, ContentType::Music, QString(), QStringLiteral("Си"));
         later.path = "short_c.mp3";
         // The period's track is the configuration's second: it still comes first.
-        PlaybackConfiguration configuration = Schedule("Утро", "10:00", "11:00", "Музыка", {wanted});
-        configuration.tracks[ContentType::Music].insert(configuration.tracks[ContentType::Music].begin(),
-                                                        later);
+        PlaybackConfiguration configuration = Schedule("Утро", "11:00", "Музыка", {wanted});
+        auto& music = configuration.tracks[ContentType::Music];
+        music.insert(music.begin(), later);
         configuration.domains = {service->MediaDomain().toStdString()};
         QVERIFY2(service->Reset(), qPrintable(service->ErrorString()));
 
@@ -444,20 +386,15 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(first.HasEvent(QStringLiteral("track music 1")), Tests::Timeouts::Playback);
         const auto& arrived = first.calls[first.IndexOf(QStringLiteral("track music 1"))].state;
         QVERIFY(!arrived.downloadsInfo.at(ContentType::Music).waitingDownload);
-        QVERIFY(arrived.downloadsInfo.at(ContentType::Music).downloaded >= 1);
         QTRY_COMPARE_WITH_TIMEOUT(player->CurrentState().downloadsInfo.at(ContentType::Music).downloaded, 2,
                                   Tests::Timeouts::Process);
-        const auto downloaded = player->CurrentState().downloadsInfo.at(ContentType::Music).downloadedTracks;
-        QCOMPARE(downloaded, (std::vector<Track>{wanted, later}));
-
+        QCOMPARE(player->CurrentState().downloadsInfo.at(ContentType::Music).downloadedTracks,
+                 (std::vector<Track>{wanted, later}));
         QStringList targets;
         for (const QJsonValue& request : service->Requests()) {
             targets << request.toObject().value(QStringLiteral("target")).toString();
         }
         QCOMPARE(targets, (QStringList{"/media/shop1/music/short_b.mp3", "/media/shop1/music/short_c.mp3"}));
-        QVERIFY(EventLogMessages::Read().contains(QStringLiteral("Начато скачивание файла ") +
-                                                  service->MediaDomain() +
-                                                  QStringLiteral("shop1/music/short_b.mp3")));
 
         // Each report reaches A, then B; the state comes before the track start.
         const int trackLine = static_cast<int>(lines.indexOf(QStringLiteral("A: track music 1")));
@@ -468,23 +405,19 @@ private slots:
         QCOMPARE(lines.mid(lines.size() - 2), (QStringList{"A: state", "B: state"}));
     }
 
-    // The cache keeps only what the configuration names, and the counts say how
-    // much of it is there. A like changes the stored configuration too.
+    // The cache keeps only what the configuration names (the rules of what is
+    // dropped are the cache's own), and the counts say how much of it is there. A
+    // like changes the stored configuration too, for the next rebuild.
     void filesAreCheckedAtConstruction()
     {
         const Track music = Cached(1, ContentType::Music, "short_a.mp3", "Ля");
         const Track missing = PlaybackTestTracks::Make(2, ContentType::Music, QStringLiteral("absent.mp3"));
         const Track clip = Cached(3, ContentType::Clip, "short_b.mp3", "Скидки");
         const Track stray = Cached(4, ContentType::Music, "short_c.mp3", "Старая");
-        QFile leftover(QString::fromStdString(ContentFilesHelper::TemporaryFilenameForTrack(missing)));
-        QVERIFY(leftover.open(QIODevice::WriteOnly));
-        leftover.close();
-
         player = std::make_unique<Player>(WithTracks({music, missing, clip}));
         QVERIFY(ContentFilesHelper::FileForTrackExists(music));
         QVERIFY(ContentFilesHelper::FileForTrackExists(clip));
         QVERIFY(!ContentFilesHelper::FileForTrackExists(stray));
-        QVERIFY(!leftover.exists());
         const PlayerState state = player->CurrentState();
         QVERIFY(!state.playingNow);
         const auto& musicFiles = state.downloadsInfo.at(ContentType::Music);
@@ -492,7 +425,6 @@ private slots:
         QCOMPARE(musicFiles.total, 2);
         QCOMPARE(musicFiles.downloadedTracks, std::vector<Track>{music});
         QCOMPARE(state.downloadsInfo.at(ContentType::Clip).downloaded, 1);
-        QCOMPARE(state.downloadsInfo.at(ContentType::Clip).total, 1);
         QCOMPARE(state.downloadsInfo.at(ContentType::Video).total, 0);
 
         player->RefreshTrackLikeStatus(ContentType::Music, 2, LikeStatus::Liked);
@@ -510,14 +442,12 @@ private:
         const Track b = Cached(2, ContentType::Music, "short_b.mp3", "Ми");
         const Track c = Cached(3, ContentType::Music, "short_c.mp3", "Си");
         // The update's track is named before, so that its file stays in the cache.
-        const PlaybackConfiguration first = Schedule("Утро", "10:00", "11:00", "Музыка", {a, b}, {c});
-        player = std::make_unique<Player>(first);
+        player = std::make_unique<Player>(Schedule("Утро", "11:00", "Музыка", {a, b}, {c}));
         player->AddObserver(observer.get());
         player->Start();
         QTRY_VERIFY_WITH_TIMEOUT(observer->HasEvent(QStringLiteral("track music 1")),
                                  Tests::Timeouts::Playback);
-        const PlaybackConfiguration update = Schedule("Вечер", "10:00", "11:00", "Вечерняя", {c}, {a, b});
-        player->UpdateConfiguration(update, false);
+        player->UpdateConfiguration(Schedule("Вечер", "11:00", "Вечерняя", {c}, {a, b}), false);
     }
 
     QTemporaryDir content;
