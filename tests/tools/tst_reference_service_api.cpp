@@ -192,6 +192,7 @@ private slots:
         };
         const QByteArray owner = R"({"login":"owner","password":"secret")";
         row("objects: wrong password", "POST auth/objects", 401000, R"({"login":"owner","password":"x"})");
+        row("objects: unknown login", "POST auth/objects", 401000, R"({"login":"nobody","password":""})");
         row("objects: JSON sent as form", "POST auth/objects", 400000, owner + "}", ApiClient::Form);
         row("objects: form sent as JSON", "POST auth/objects", 400000, "login=owner&password=secret",
             ApiClient::Json);
@@ -206,6 +207,8 @@ private slots:
         row("sign-up: no city", "POST auth/sign_up", 400000, "phone=+79991112244&lang=ru");
         row("delete account without token", "GET /delete_account", 403010);
         row("version, timestamp a word", "GET shop1/playback/version?timestamp=soon", 400000);
+        row("recommended: no style", "GET shop1/playlists/recommended?business_type_id=1", 400000);
+        row("player version: no platform", "POST shop1/player_version", 400000, "version=3.13&os=Linux");
         row("recommended: unknown type",
             "GET shop1/playlists/recommended?business_type_id=9&music_style_id=10", 404003);
         row("recommended: unknown style",
@@ -224,6 +227,18 @@ private slots:
         row("music styles: unknown", "POST shop1/set_music_styles", 404004, "music_styles=%5B10%2C12%5D");
         row("music styles: not a list", "POST shop1/set_music_styles", 400000, "music_styles=10");
         row("like: value a word", "POST shop1/likes_dislikes", 400000, "value=yes&track_id=1");
+        row("like: no track", "POST shop1/likes_dislikes", 400000, "value=1");
+        row("statistics: not JSON", "POST shop1/statistics", 400000, "[{\"volume\":");
+        row("statistics: not an array", "POST shop1/statistics", 400000, report.mid(1).chopped(1));
+        // Each member as the player writes it: a number, a known type, a shop, a dd.MM.yyyy date.
+        row("statistics: volume as text", "POST shop1/statistics", 400000,
+            QByteArray(report).replace("70", "\"70\""));
+        row("statistics: unknown type", "POST shop1/statistics", 400000,
+            QByteArray(report).replace("\"music\"", "\"Music\""));
+        row("statistics: no shop", "POST shop1/statistics", 400000,
+            QByteArray(report).replace(",\"shop_id\":101", ""));
+        row("statistics: date the other way", "POST shop1/statistics", 400000,
+            QByteArray(report).replace("27.02.2026", "2026-02-27"));
         row("statistics: form content type", "POST shop1/statistics", 400000, report, ApiClient::Form);
         row("statistics: time without seconds", "POST shop1/statistics", 400000,
             QByteArray(report).replace("10:00:00", "10:00"));
@@ -356,6 +371,9 @@ private slots:
         QCOMPARE(Post("/likes_dislikes", "value=0&track_id=2").Json(),
                  QJsonObject({{"success", true}, {"like_status", false}}));
         QCOMPARE(TrackById(Configuration(), 2).value("liked"), QJsonValue(false));
+        QCOMPARE(Post("/likes_dislikes", "value=-1&track_id=1").Json().value("like_status"),
+                 QJsonValue::Null);
+        QCOMPARE(TrackById(Configuration(), 1).value("liked"), QJsonValue::Null);
         QCOMPARE(Version(), version);
 
         QCOMPARE(service->SetConfigurationVersion("shop1", 7), 7);
@@ -427,6 +445,7 @@ private slots:
         row("dot dot", "/media/shop1/music/../../etc/passwd", 404);
         row("escaped dot dot", "/files/%2e%2e/%2e%2e/etc/passwd", 404);
         row("escaped slash", "/files/music%2Fa.mp3", 400);
+        row("empty segment", "/files/music//a.mp3", 404);
     }
 
     void downloadsStayInsideTheContentFolder()
@@ -612,6 +631,7 @@ private slots:
             "unknown fault target");
         row("media without a path", R"({"target":"media/","kind":"empty"})", "unknown fault target");
         row("unknown kind", R"({"target":"servers","kind":"teapot"})", "unknown fault kind");
+        row("status without one", R"({"target":"servers","kind":"status"})", "\"status\"");
         row("status out of range", R"({"target":"servers","kind":"status","status":999})", "\"status\"");
         row("API error without code", R"({"target":"servers","kind":"api_error"})", "\"error\"");
         row("delay without time", R"({"target":"servers","kind":"delay"})", "delay_ms");

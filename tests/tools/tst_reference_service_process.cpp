@@ -123,6 +123,9 @@ private slots:
         row("track outside the content", shop,
             R"({"content":[{"type":"music","tracks":[{"id":1,"path":"../../etc/passwd"}]}]})",
             "content[0].tracks[0]: \"path\" \"../../etc/passwd\" must be a relative path");
+        row("absolute track path", shop,
+            R"({"content":[{"type":"music","tracks":[{"id":1,"path":"/etc/x"}]}]})",
+            "content[0].tracks[0]: \"path\"");
         row("ad entry without a track", shop, R"({"ads":[{"name":"x","tracks":[{"day_offset":0}]}]})",
             "ads[0].tracks[0]");
         row("configuration of nobody", "configurations/nobody.json", "{}", "no playback object has the code");
