@@ -52,9 +52,9 @@ void TestPeriods::Chain(const std::vector<std::shared_ptr<PlayablePeriod>>& peri
     }
 }
 
-std::string TestPeriods::Text(const std::string& name, const std::string& start, const std::string& end)
+QString TestPeriods::Text(const std::string& name, const std::string& start, const std::string& end)
 {
-    return name + " " + testWeekday + " " + Today() + " " + start + "-" + end;
+    return QString::fromStdString(name + " " + testWeekday + " " + Today() + " " + start + "-" + end);
 }
 
 std::shared_ptr<AdsBlock> TestPeriods::Ad(const std::string& name, const std::string& start,

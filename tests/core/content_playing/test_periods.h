@@ -4,6 +4,7 @@
 #include "core/content_playing/playable_period.h"
 #include "core/data_types/playback/track.h"
 
+#include <QString>
 #include <QTime>
 
 #include <memory>
@@ -31,7 +32,7 @@ public:
     // Links each period to the one after it.
     static void Chain(const std::vector<std::shared_ptr<Core::ContentPlaying::PlayablePeriod>>& periods);
     // The period's name, weekday, date and times, as its log lines show it.
-    static std::string Text(const std::string& name, const std::string& start, const std::string& end);
+    static QString Text(const std::string& name, const std::string& start, const std::string& end);
     static std::shared_ptr<Core::ContentPlaying::AdsBlock>
     Ad(const std::string& name, const std::string& start,
        const std::vector<Core::DataTypes::Playback::Track>& tracks, bool interrupts,

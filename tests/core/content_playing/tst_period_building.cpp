@@ -132,11 +132,6 @@ std::shared_ptr<AdsBlock> Ad(const std::string& name, const std::string& start, 
     return TestPeriods::Ad(name, start, {MakeTrack(1, ContentType::Clip, "нет_файла.mp3")}, interrupts);
 }
 
-QString Text(const std::string& name, const std::string& start, const std::string& end)
-{
-    return QString::fromStdString(TestPeriods::Text(name, start, end));
-}
-
 // Which ad blocks a scheduler reported, with their kind.
 class RecordingAdsObserver : public Core::ContentPlaying::AdsSchedulerObserver
 {
@@ -439,9 +434,9 @@ private slots:
         QCOMPARE(observer.events[0].period, b.get());
         QVERIFY(!a->IsStarted() && b->IsStarted() && !c->IsStarted());
         QVERIFY(!b->IsPlayingAdBlock());
-        QCOMPARE(EventLog::Entries(),
-                 QStringList({"Период " + Text("B", "12:00", "13:00") + " закончится через 30:00",
-                              "\tЗапуск таймера на окончание периода 30:00"}));
+        QCOMPARE(EventLog::Entries(), QStringList({"Период " + TestPeriods::Text("B", "12:00", "13:00") +
+                                                       " закончится через 30:00",
+                                                   "\tЗапуск таймера на окончание периода 30:00"}));
         a->FindAndStopCurrent();
     }
 
@@ -542,7 +537,9 @@ private slots:
         const QString log = EventLog::Text();
         QVERIFY(!QTest::qWaitFor([&]() { return EventLog::Text() != log; }, Tests::Timeouts::Silence));
         QCOMPARE(observer.events.back().period, ending.get());
-        QCOMPARE(EventLog::Count("У периода " + Text("Z", "10:00", "11:59") + " нет следующего периода"), 1);
+        QCOMPARE(EventLog::Count("У периода " + TestPeriods::Text("Z", "10:00", "11:59") +
+                                 " нет следующего периода"),
+                 1);
         QCOMPARE(log.count(QStringLiteral("Сработал таймер")), 1);
         QCOMPARE(log.count(QStringLiteral("Настало время")), 1);
     }

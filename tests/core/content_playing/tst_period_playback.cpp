@@ -190,9 +190,8 @@ private slots:
         QVERIFY(player->CurrentState().playingNow);
         QCOMPARE(player->CurrentPeriodName(), std::string());
         QVERIFY(player->GetCurrentTracks(ContentType::Music).empty());
-        QCOMPARE(EventLog::Entries().last(),
-                 QString::fromStdString("Период " + TestPeriods::Text("Обед", "12:00", "13:00") +
-                                        " не является текущим и не имеет следующего"));
+        QCOMPARE(EventLog::Entries().last(), "Период " + TestPeriods::Text("Обед", "12:00", "13:00") +
+                                                 " не является текущим и не имеет следующего");
         player->GoToNextTrack(ContentType::Music);
         QVERIFY(!QTest::qWaitFor([this]() { return day.calls.size() > 1; }, Tests::Timeouts::Silence));
 
