@@ -114,10 +114,10 @@ function(zelmar_add_test name)
             set(platform xcb)
             # Windows on the virtual display are drawn without OpenGL, by Qt and by
             # libvlc alike. Qt's GLX integration and libvlc's GL video output would
-            # load Mesa's software driver, which leaves allocations behind in a
-            # module it unloads before LeakSanitizer reports, so no suppression can
-            # name them. What the tests check (native windows, video in them) does
-            # not depend on GL.
+            # load Mesa's software driver, which leaves allocations behind (in it
+            # and in libplacebo) in a module unloaded before LeakSanitizer reports,
+            # so no suppression can name them. What the tests check (native windows,
+            # video in them, libvlc's plain X11 output) does not depend on GL.
             list(APPEND env "DISPLAY=:${ZELMAR_TEST_DISPLAY}" "QT_XCB_GL_INTEGRATION=none"
                             "LIBGL_DRIVERS_PATH=/nonexistent")
         else()

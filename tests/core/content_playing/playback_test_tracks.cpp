@@ -1,7 +1,6 @@
 #include "tests/core/content_playing/playback_test_tracks.h"
 
 #include "core/networking/content_files_helper.h"
-#include "core/utilities/data_directory.h"
 #include "tests/support/test_media.h"
 
 #include <QDir>
@@ -52,15 +51,6 @@ Track PlaybackTestTracks::Cached(int id, ContentType type, const QString& mediaN
         qWarning("test track %d has no file", id);
     }
     return track;
-}
-
-QString PlaybackTestTracks::EventLog()
-{
-    QFile log(Core::Utilities::DataDirectory::FilePath(QStringLiteral("log.txt")));
-    if (!log.open(QIODevice::ReadOnly)) {
-        return {};
-    }
-    return QString::fromUtf8(log.readAll());
 }
 
 } // namespace Tests

@@ -32,8 +32,6 @@ public:
     static Core::DataTypes::Playback::Track Cached(int id, Core::DataTypes::Playback::ContentType type,
                                                    const QString& mediaName,
                                                    const QString& title = QString());
-    // The event log of the current data directory, empty when there is none.
-    static QString EventLog();
 };
 
 } // namespace Tests
