@@ -142,11 +142,6 @@ QString ReferenceService::MediaDomain() const
     return Origin() + QStringLiteral("media/");
 }
 
-QString ReferenceService::ServersUrl() const
-{
-    return Origin() + QStringLiteral("api/player/legacy/v1/auth/servers");
-}
-
 int ReferenceService::Port() const
 {
     const int colon = Origin().lastIndexOf(QLatin1Char(':'));

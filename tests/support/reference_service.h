@@ -44,8 +44,6 @@ public:
     QString Origin() const;
     // The download domain the configurations name: Origin() + "media/".
     QString MediaDomain() const;
-    // The servers list, at the path the player's static request uses.
-    QString ServersUrl() const;
     int Port() const;
 
     bool Reset();
