@@ -2,22 +2,26 @@
 
 #include "tests/support/test_timeouts.h"
 
-#include <QJsonDocument>
-
 #include <httplib.h>
 
 namespace Tests {
 
 namespace {
 
-ApiClient::Answer Send(const QString& origin, const std::function<httplib::Result(httplib::Client&)>& request)
+using Request = std::function<httplib::Result(httplib::Client&, const httplib::Headers&)>;
+
+ApiClient::Answer Send(const QString& origin, const QString& token, const Request& request)
 {
     httplib::Client client(origin.toStdString());
     client.set_url_encode(false);
     client.set_decompress(false);
     client.set_connection_timeout(Timeouts::Process / 1000, 0);
     client.set_read_timeout(Timeouts::Process / 1000, 0);
-    const httplib::Result result = request(client);
+    httplib::Headers headers;
+    if (!token.isEmpty()) {
+        headers.emplace("token", token.toStdString());
+    }
+    const httplib::Result result = request(client, headers);
     ApiClient::Answer answer;
     if (!result) {
         answer.error = QString::fromStdString(httplib::to_string(result.error()));
@@ -28,15 +32,6 @@ ApiClient::Answer Send(const QString& origin, const std::function<httplib::Resul
     answer.contentType = QByteArray::fromStdString(result->get_header_value("Content-Type"));
     answer.body = QByteArray::fromStdString(result->body);
     return answer;
-}
-
-httplib::Headers ToHeaders(const ApiClient::Headers& headers)
-{
-    httplib::Headers converted;
-    for (const auto& header : headers) {
-        converted.emplace(header.first.toStdString(), header.second.toStdString());
-    }
-    return converted;
 }
 
 } // namespace
@@ -51,19 +46,18 @@ ApiClient::ApiClient(const QString& serviceOrigin)
 {
 }
 
-ApiClient::Answer ApiClient::Get(const QString& target, const Headers& headers) const
+ApiClient::Answer ApiClient::Get(const QString& target, const QString& token) const
 {
-    return Send(origin, [&](httplib::Client& client) {
-        return client.Get(target.toStdString(), ToHeaders(headers));
+    return Send(origin, token, [&](httplib::Client& client, const httplib::Headers& headers) {
+        return client.Get(target.toStdString(), headers);
     });
 }
 
 ApiClient::Answer ApiClient::Post(const QString& target, const QByteArray& body,
-                                  const QByteArray& contentType, const Headers& headers) const
+                                  const QByteArray& contentType, const QString& token) const
 {
-    return Send(origin, [&](httplib::Client& client) {
-        return client.Post(target.toStdString(), ToHeaders(headers), body.toStdString(),
-                           contentType.toStdString());
+    return Send(origin, token, [&](httplib::Client& client, const httplib::Headers& headers) {
+        return client.Post(target.toStdString(), headers, body.toStdString(), contentType.toStdString());
     });
 }
 
@@ -72,13 +66,10 @@ QString ApiClient::SignIn(const QString& login, const QString& password, const Q
     // The player's own text, a blank before "code" included.
     const QByteArray body = "{\"login\":\"" + login.toUtf8() + "\",\"password\":\"" + password.toUtf8() +
                             "\", \"code\":\"" + code.toUtf8() + "\"}";
-    const Answer answer = Post(QStringLiteral("/api/v1/auth/sign_in"), body);
-    return answer.Json().value(QStringLiteral("token")).toString();
-}
-
-ApiClient::Headers ApiClient::Token(const QString& token)
-{
-    return {{QByteArrayLiteral("token"), token.toUtf8()}};
+    return Post(QStringLiteral("/api/v1/auth/sign_in"), body)
+        .Json()
+        .value(QStringLiteral("token"))
+        .toString();
 }
 
 } // namespace Tests

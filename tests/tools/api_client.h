@@ -1,21 +1,12 @@
 #pragma once
 
-#include <QByteArray>
-#include <QJsonObject>
-#include <QList>
-#include <QPair>
-#include <QString>
-
 namespace Tests {
 
-// A plain blocking HTTP client for the reference service's own tests: it sends
-// exactly the target, headers and body it is given (no encoding, no added
-// content type), so the tests decide every byte the service sees.
+// A blocking HTTP client that sends exactly the target, body and content type it is
+// given (no encoding, no added headers), so the tests decide every byte the service sees.
 class ApiClient
 {
 public:
-    using Headers = QList<QPair<QByteArray, QByteArray>>;
-
     struct Answer
     {
         // False when no complete reply arrived; `error` says why.
@@ -34,13 +25,12 @@ public:
     static constexpr const char* Json = "application/json";
     static constexpr const char* Form = "application/x-www-form-urlencoded";
 
-    Answer Get(const QString& target, const Headers& headers = Headers()) const;
+    // A non-empty `token` goes in the "token" header.
+    Answer Get(const QString& target, const QString& token = QString()) const;
     Answer Post(const QString& target, const QByteArray& body, const QByteArray& contentType = Json,
-                const Headers& headers = Headers()) const;
-
+                const QString& token = QString()) const;
     // Signs in as the player does and returns the token; empty on any failure.
     QString SignIn(const QString& login, const QString& password, const QString& code) const;
-    static Headers Token(const QString& token);
 
 private:
     QString origin;
