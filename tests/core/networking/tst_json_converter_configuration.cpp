@@ -104,7 +104,7 @@ private slots:
         QTest::newRow("configuration not an object") << QString(R"({"configuration": [1, 2]})");
     }
 
-    void emptyConfigurationFromBadQString()
+    void emptyConfigurationFromBadBody()
     {
         QFETCH(QString, body);
         const auto configuration = JsonConverter::PlaybackConfigurationFromResponse(body);
@@ -180,25 +180,6 @@ private slots:
         QCOMPARE(c->tracks.at(ContentType::Music),
                  std::vector<Track>(
                      {{0, "", "", "", "", "", ContentType::Music, 0, 9, false, LikeStatus::Disliked}}));
-    }
-
-    // Anything in a list that is not an object is read as an empty object.
-    void nonObjectElementsGiveDefaults()
-    {
-        const auto c = JsonConverter::PlaybackConfigurationFromResponse(QString(R"({"configuration": {
-            "domains": [1, "cdn.example.ru", null], "playlists": [null, {"id": 4, "tracks": ["1", 2, null]}],
-            "schedule": ["Понедельник", {"periods": [true]}], "ads": [[], {"tracks": [3]}],
-            "content": [{"type": "photo", "tracks": [null, 5]}]}})"));
-        QCOMPARE(c->domains, std::vector<std::string>({"", "cdn.example.ru", ""}));
-        // An empty "content_type" is no known kind, and unknown kinds are photos.
-        QCOMPARE(c->playlists, std::vector<Playlist>({{0, "", ContentType::Photo, "", {}},
-                                                      {4, "", ContentType::Photo, "", {0, 2, 0}}}));
-        PlaybackPeriod period;
-        period.scheduleId = 0;
-        QCOMPARE(c->days, std::vector<Day>({Day{}, Day{"", "", 0, {period}, "", 0}}));
-        QCOMPARE(c->adBlocks, std::vector<AdBlock>({AdBlock{}, AdBlock{"", false, "", {{"", 0}}}}));
-        const Track empty{0, "", "", "", "", "", ContentType::Photo, 0, 0, false, LikeStatus::Disliked};
-        QCOMPARE(c->tracks.at(ContentType::Photo), std::vector<Track>({empty, empty}));
     }
 
     void textMatchesQtDocument_data()

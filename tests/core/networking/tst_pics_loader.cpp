@@ -26,31 +26,6 @@ private:
         return (service->Origin() + QStringLiteral("files/pics/") + name).toStdString();
     }
 
-    QStringList PictureTargets()
-    {
-        QStringList targets;
-        for (const QJsonValue& request : service->Requests()) {
-            targets << request.toObject()
-                           .value(QStringLiteral("target"))
-                           .toString()
-                           .remove(QStringLiteral("/files/pics/"));
-        }
-        return targets;
-    }
-
-    static int Alpha(const QPixmap& pixmap, int x, int y)
-    {
-        return pixmap.toImage().pixelColor(x, y).alpha();
-    }
-
-    // Holds the queue on a picture that answers late.
-    void DelayFirst(const QString& name)
-    {
-        ServiceFault late(QStringLiteral("files/pics/") + name, QStringLiteral("delay"), 1);
-        late.delayMs = 300;
-        QVERIFY2(service->AddFault(late) > 0, qPrintable(service->ErrorString()));
-    }
-
 private slots:
     void initTestCase()
     {
@@ -80,74 +55,63 @@ private slots:
         QVERIFY2(service->Stop(), qPrintable(service->ErrorString()));
     }
 
-    void radiusZeroOnASquareLabelIsACircle()
+    // Radius zero on a square label makes a circle: inside it at the middle of each
+    // edge, outside at the corners. Otherwise the picture is scaled into the label
+    // keeping its shape, and only its corners are rounded.
+    void picturesAreScaledAndRounded()
     {
-        QLabel label;
-        label.resize(50, 50);
-        PicsLoader::DisplayPic(Url(QStringLiteral("square.png")), &label, 0);
-        QTRY_VERIFY_WITH_TIMEOUT(!label.pixmap(Qt::ReturnByValue).isNull(), Tests::Timeouts::Process);
-        const QPixmap shown = label.pixmap(Qt::ReturnByValue);
+        QLabel circle;
+        QLabel rounded;
+        circle.resize(50, 50);
+        rounded.resize(100, 100);
+        PicsLoader::DisplayPic(Url("square.png"), &circle, 0);
+        PicsLoader::DisplayPic(Url("wide.png"), &rounded, 10);
+        QTRY_VERIFY_WITH_TIMEOUT(!rounded.pixmap(Qt::ReturnByValue).isNull(), Tests::Timeouts::Process);
+        const QImage shown = circle.pixmap(Qt::ReturnByValue).toImage();
         QCOMPARE(shown.size(), QSize(50, 50));
-        QCOMPARE(shown.toImage().pixelColor(25, 25), QColor(Qt::red));
-        // Inside the circle at the middle of each edge, outside it at the corners.
+        QCOMPARE(shown.pixelColor(25, 25), QColor(Qt::red));
         for (const QPoint& inside : {QPoint(25, 1), QPoint(1, 25), QPoint(48, 25), QPoint(25, 48)}) {
-            QVERIFY2(Alpha(shown, inside.x(), inside.y()) == 255, qPrintable(QString::number(inside.x())));
+            QVERIFY2(shown.pixelColor(inside).alpha() == 255, qPrintable(QString::number(inside.x())));
         }
         for (const QPoint& outside :
              {QPoint(0, 0), QPoint(4, 4), QPoint(49, 0), QPoint(45, 45), QPoint(0, 49)}) {
-            QVERIFY2(Alpha(shown, outside.x(), outside.y()) == 0, qPrintable(QString::number(outside.x())));
+            QVERIFY2(shown.pixelColor(outside).alpha() == 0, qPrintable(QString::number(outside.x())));
         }
+        const QImage wide = rounded.pixmap(Qt::ReturnByValue).toImage();
+        QCOMPARE(wide.size(), QSize(100, 50));
+        QCOMPARE(wide.pixelColor(0, 0).alpha() + wide.pixelColor(99, 49).alpha(), 0);
+        QCOMPARE(wide.pixelColor(0, 25).alpha() & wide.pixelColor(50, 0).alpha() &
+                     wide.pixelColor(12, 12).alpha(),
+                 255);
     }
 
-    void radiusRoundsOnlyTheCorners()
+    // One at a time, in order; a gone label or a removed task is skipped without
+    // a request, and a failed picture never holds up the next.
+    void queueGoesOnPastGoneLabelsRemovedTasksAndFailures()
     {
-        QLabel label;
-        label.resize(100, 100);
-        PicsLoader::DisplayPic(Url(QStringLiteral("wide.png")), &label, 10);
-        QTRY_VERIFY_WITH_TIMEOUT(!label.pixmap(Qt::ReturnByValue).isNull(), Tests::Timeouts::Process);
-        const QPixmap shown = label.pixmap(Qt::ReturnByValue);
-        // Scaled into the label keeping its shape.
-        QCOMPARE(shown.size(), QSize(100, 50));
-        QCOMPARE(Alpha(shown, 0, 0) + Alpha(shown, 99, 49), 0);
-        QCOMPARE(Alpha(shown, 0, 25) & Alpha(shown, 50, 0) & Alpha(shown, 12, 12), 255);
-    }
-
-    // One at a time, in order; a gone label is skipped without a request, and a
-    // failed picture never holds up the next.
-    void queueGoesOnPastGoneLabelsAndFailures()
-    {
-        DelayFirst(QStringLiteral("missing.png"));
+        ServiceFault late(QStringLiteral("files/pics/missing.png"), QStringLiteral("delay"), 1);
+        late.delayMs = 300;
+        QVERIFY2(service->AddFault(late) > 0, qPrintable(service->ErrorString()));
         QLabel missing;
-        auto gone = std::make_unique<QLabel>();
+        QLabel removed;
         QLabel garbage;
         QLabel good;
+        auto gone = std::make_unique<QLabel>();
         good.resize(20, 20);
-        PicsLoader::DisplayPic(Url(QStringLiteral("missing.png")), &missing, 5);
-        PicsLoader::DisplayPic(Url(QStringLiteral("wide.png")), gone.get(), 5);
-        PicsLoader::DisplayPic(Url(QStringLiteral("garbage.png")), &garbage, 5);
-        PicsLoader::DisplayPic(Url(QStringLiteral("square.png")), &good, 5);
+        PicsLoader::DisplayPic(Url("missing.png"), &missing, 5);
+        PicsLoader::DisplayPic(Url("wide.png"), gone.get(), 5);
+        PicsLoader::DisplayPic(Url("wide.png?removed"), &removed, 5);
+        PicsLoader::DisplayPic(Url("garbage.png"), &garbage, 5);
+        PicsLoader::DisplayPic(Url("square.png"), &good, 5);
         gone.reset();
+        PicsLoader::RemoveTask(Url("wide.png?removed"));
         QTRY_VERIFY_WITH_TIMEOUT(!good.pixmap(Qt::ReturnByValue).isNull(), Tests::Timeouts::Process);
-        QVERIFY(missing.pixmap(Qt::ReturnByValue).isNull());
-        QVERIFY(garbage.pixmap(Qt::ReturnByValue).isNull());
-        QCOMPARE(PictureTargets(), (QStringList{"missing.png", "garbage.png", "square.png"}));
-    }
-
-    void removedTasksAreNotLoaded()
-    {
-        DelayFirst(QStringLiteral("square.png"));
-        QLabel first;
-        QLabel removed;
-        QLabel last;
-        first.resize(10, 10);
-        last.resize(10, 10);
-        PicsLoader::DisplayPic(Url(QStringLiteral("square.png")), &first, 0);
-        PicsLoader::DisplayPic(Url(QStringLiteral("garbage.png")), &removed, 0);
-        PicsLoader::DisplayPic(Url(QStringLiteral("wide.png")), &last, 0);
-        PicsLoader::RemoveTask(Url(QStringLiteral("garbage.png")));
-        QTRY_VERIFY_WITH_TIMEOUT(!last.pixmap(Qt::ReturnByValue).isNull(), Tests::Timeouts::Process);
-        QVERIFY(!first.pixmap(Qt::ReturnByValue).isNull());
-        QCOMPARE(PictureTargets(), (QStringList{"square.png", "wide.png"}));
+        QVERIFY(missing.pixmap(Qt::ReturnByValue).isNull() && garbage.pixmap(Qt::ReturnByValue).isNull());
+        QStringList targets;
+        for (const QJsonValue& request : service->Requests()) {
+            targets << request.toObject().value("target").toString().remove(QStringLiteral("/files/pics/"));
+        }
+        QCOMPARE(targets, (QStringList{"missing.png", "garbage.png", "square.png"}));
     }
 };
 
