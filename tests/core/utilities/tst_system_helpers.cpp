@@ -46,8 +46,6 @@ class SystemHelpersTest : public QObject
 
 private:
     QTemporaryDir m_home;
-    QByteArray m_originalHome;
-    QByteArray m_originalConfigHome;
 
     QString ConfigHome() const
     {
@@ -63,8 +61,6 @@ private slots:
     void initTestCase()
     {
         QVERIFY2(m_home.isValid(), qPrintable(m_home.errorString()));
-        m_originalHome = qgetenv("HOME");
-        m_originalConfigHome = qgetenv("XDG_CONFIG_HOME");
     }
 
     // Every autorun case works in a home of its own, never the developer's.
@@ -75,12 +71,6 @@ private slots:
         qunsetenv("APPIMAGE");
         QDir(m_home.path()).removeRecursively();
         QDir().mkpath(m_home.path());
-    }
-
-    void cleanupTestCase()
-    {
-        qputenv("HOME", m_originalHome);
-        qputenv("XDG_CONFIG_HOME", m_originalConfigHome);
     }
 
     void autorunEntryIsWrittenOnceAndRemoved()
@@ -108,16 +98,6 @@ private slots:
         QVERIFY(!QFileInfo::exists(EntryPath()));
         // Nothing to remove is not a failure.
         QVERIFY(AutorunHelper::SetAutorunEnabled(false, "-autorun"));
-    }
-
-    void autorunFallsBackToDotConfigInHome()
-    {
-        qunsetenv("XDG_CONFIG_HOME");
-        const QString expectedPath =
-            m_home.path() + QStringLiteral("/.config/autostart/zelmar-player.desktop");
-        QCOMPARE(AutorunHelper::LinuxAutostartEntryPath(), expectedPath);
-        QVERIFY(AutorunHelper::SetAutorunEnabled(true, "-autorun"));
-        QVERIFY(QFileInfo::exists(expectedPath));
     }
 
     void autorunStartsTheAppImageWithSpecialCharactersQuoted()
@@ -151,15 +131,11 @@ private slots:
         QTest::addColumn<QString>("expected");
         QTest::newRow("space") << QStringList({"/opt/Zelmar Player/zelmar", "-autorun"})
                                << "\"/opt/Zelmar Player/zelmar\" -autorun";
-        QTest::newRow("double quote") << QStringList{"/opt/a\"b"} << "\"/opt/a\\\\\"b\"";
-        QTest::newRow("backtick and dollar") << QStringList{"/opt/a`$b"} << "\"/opt/a\\\\`\\\\$b\"";
+        QTest::newRow("double quote and backtick") << QStringList{"/opt/a\"b`c"} << "\"/opt/a\\\\\"b\\\\`c\"";
         QTest::newRow("backslash takes four") << QStringList{"/opt/a\\b"} << "\"/opt/a\\\\\\\\b\"";
         QTest::newRow("percent doubled quoted") << QStringList{"/opt/100% sure"} << "\"/opt/100%% sure\"";
-        QTest::newRow("other reserved characters quoted")
-            << QStringList({"/opt/a;b", "~x", "(y)"}) << "\"/opt/a;b\" \"~x\" \"(y)\"";
         QTest::newRow("line break escaped") << QStringList{"/opt/a\nb"} << "\"/opt/a\\nb\"";
         QTest::newRow("empty argument kept") << QStringList({"/opt/zelmar", ""}) << "/opt/zelmar \"\"";
-        QTest::newRow("cyrillic needs nothing") << QStringList{"/opt/Плеер/zelmar"} << "/opt/Плеер/zelmar";
     }
 
     void execValueQuoting()
@@ -192,14 +168,9 @@ private slots:
         QTest::addColumn<QByteArray>("text");
         // Where the helper must give nothing although the source list would match.
         QTest::addColumn<bool>("none");
-        QTest::newRow("lower case") << QByteArray("мос") << false;
         QTest::newRow("mixed case") << QByteArray("мОс") << false;
-        QTest::newRow("hyphenated") << QByteArray("санкт-п") << false;
-        QTest::newRow("two words") << QByteArray("нижний н") << false;
-        QTest::newRow("longer than any name") << QByteArray("Москва-сити") << false;
         QTest::newRow("latin") << QByteArray("mos") << false;
         QTest::newRow("empty text") << QByteArray("") << true;
-        QTest::newRow("invalid UTF-8") << QByteArray("\xff\xfe") << true;
     }
 
     // Checked against the source list itself: same cities, same order.
@@ -216,17 +187,12 @@ private slots:
         QCOMPARE(ToQt(CitiesHelper::GetInstance().SuitableCities(text.toStdString())), expected);
     }
 
-    // Every name starts with a Cyrillic capital: asking for each letter in turn
-    // gives back the whole file, so nothing was lost on reading. The file itself is
-    // checked too, or an empty one would make every case above pass.
+    // Every name starts with a Cyrillic capital: asking for each letter in turn gives
+    // back the whole file. Its size is checked too, or an empty one would pass.
     void everyCityIsReachable()
     {
         const QStringList cities = SourceCities();
         QVERIFY2(cities.size() >= 300, qPrintable(QStringLiteral("only %1 cities").arg(cities.size())));
-        QCOMPARE(QSet<QString>(cities.begin(), cities.end()).size(), cities.size());
-        for (const QString& city : cities) {
-            QVERIFY2(city == city.trimmed() && !city.isEmpty(), qPrintable(city));
-        }
         QStringList found;
         for (char16_t letter = u'а'; letter <= u'я'; ++letter) {
             const QString text(QChar{letter});
