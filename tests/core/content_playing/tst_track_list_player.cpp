@@ -147,12 +147,14 @@ private slots:
                              [](auto start) { return start.resumed; }));
         QCOMPARE(observer->finished, 0);
 
-        // Heard in that order: A, then B, then A again.
+        // Heard in that order: A, then B, then A again. Where B is first heard
+        // depends on how much of its start reached the sink; A's first playback has
+        // ended by then, so any A a moment later is the list starting again.
         const double firstA = ToneTimeline::FirstHeard(listener->A(), ToneA, Heard, from);
         const double firstB = ToneTimeline::FirstHeard(listener->A(), ToneB, Heard, from);
         QVERIFY2(firstA >= 0 && firstB > firstA,
                  qPrintable(QStringLiteral("A at %1, B at %2").arg(firstA).arg(firstB)));
-        QVERIFY2(ToneTimeline::FirstHeard(listener->A(), ToneA, Heard, firstB + 0.5) > firstB,
+        QVERIFY2(ToneTimeline::FirstHeard(listener->A(), ToneA, Heard, firstB + 0.2) > firstB,
                  "the list did not start again after its last track");
         QCOMPARE(EventLog::Count(QStringLiteral(" Начато воспроизведение трека:\n\tПервый-Тест 2 music")), 2);
     }
@@ -213,13 +215,9 @@ private slots:
         const double from = listener->SecondsRecorded();
         TrackListPlayer player(tracks, 100, observer.get(), false, true);
         player.Start();
-        if (entry.isEmpty()) {
-            QVERIFY(listener->WaitUntilRecorded(from + 1.0, Tests::Timeouts::Playback));
-            QVERIFY(EventLog::Entries().isEmpty());
-        } else {
-            QTRY_COMPARE_WITH_TIMEOUT(EventLog::Count(entry), 1, Tests::Timeouts::Playback);
-        }
-        // Then it stays where it stopped, silent.
+        QTRY_COMPARE_WITH_TIMEOUT(EventLog::Count(entry), entry.isEmpty() ? 0 : 1, Tests::Timeouts::Playback);
+        // Then it stays where it stopped, silent, and says so once (a list with
+        // no file at all says nothing).
         const double stoppedAt = listener->SecondsRecorded();
         QVERIFY(listener->WaitUntilRecorded(stoppedAt + 1.0, Tests::Timeouts::Playback));
         QCOMPARE(observer->StartCount(), starts);
@@ -227,6 +225,7 @@ private slots:
         QCOMPARE(observer->failed, 0);
         QVERIFY(Tests::PcmAnalysis::Rms(listener->A(), from, stoppedAt + 1.0) < NotHeard);
         QCOMPARE(EventLog::Count(entry), entry.isEmpty() ? 0 : 1);
+        QVERIFY(!entry.isEmpty() || EventLog::Entries().isEmpty());
 
         // Starting again tries the list once more.
         player.Start();
@@ -248,16 +247,20 @@ private slots:
             QVERIFY(i == 0 || observer->progress[i].progress >= observer->progress[i - 1].progress);
         }
 
+        const double pausedAt = observer->progress.back().progress;
         player.Pause();
         QVERIFY(WaitUntilSilent(ToneA));
-        QVERIFY(ListenTo(ToneA, 0.5, 0) < NotHeard);
+        QVERIFY(LoudestOver(ToneA, 0.5, 0) < NotHeard);
         const auto progressWhilePaused = observer->progress.size();
         player.Start();
         QVERIFY(observer->starts.back().resumed);
         QVERIFY(WaitUntilHeard(ToneA));
         QTRY_VERIFY_WITH_TIMEOUT(observer->progress.size() > progressWhilePaused, Tests::Timeouts::Quick);
-        // Resumed where it paused, well before the end of the 8 s tone.
-        QVERIFY(observer->progress.back().progress < 0.6);
+        // Resumed where it paused, not from the start.
+        QVERIFY2(observer->progress.back().progress >= pausedAt,
+                 qPrintable(QStringLiteral("%1 after pausing at %2")
+                                .arg(observer->progress.back().progress)
+                                .arg(pausedAt)));
         // Starting a playing list changes nothing.
         player.Start();
         QCOMPARE(observer->StartCount(), 2);
@@ -267,7 +270,7 @@ private slots:
         QVERIFY(WaitUntilHeard(ToneB));
         player.Stop();
         QVERIFY(WaitUntilSilent(ToneB));
-        QVERIFY(ListenTo(ToneB, 0.4, 0) < NotHeard);
+        QVERIFY(LoudestOver(ToneB, 0.4, 0) < NotHeard);
         player.Start();
         QVERIFY(WaitUntilHeard(ToneA));
         QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 1, 2, 1}));
@@ -283,7 +286,7 @@ private slots:
         player.Start();
         QTRY_VERIFY_WITH_TIMEOUT(!observer->progress.empty() && observer->progress.back().progress > 0.25,
                                  Tests::Timeouts::Playback);
-        QVERIFY(ListenTo(ToneA, 0.4, 0) < NotHeard);
+        QVERIFY(LoudestOver(ToneA, 0.4, 0) < NotHeard);
 
         player.SetMuted(false);
         QVERIFY(WaitUntilHeard(ToneA));
@@ -293,7 +296,7 @@ private slots:
         player.SetMuted(true);
         QVERIFY(WaitUntilSilent(ToneA));
         player.SetVolume(70);
-        QVERIFY(ListenTo(ToneA, 0.4) < NotHeard);
+        QVERIFY(LoudestOver(ToneA, 0.4) < NotHeard);
         player.SetMuted(false);
         QVERIFY(WaitUntilHeard(ToneA));
         const double lower = LoudestOver(ToneA, 0.5);
@@ -330,7 +333,7 @@ private slots:
         player.PlayTrack(4);
         player.PlayTrack(99);
         QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 2, 1, 3, 2}));
-        QVERIFY(ListenTo(ToneA, 0.5) < NotHeard);
+        QVERIFY(LoudestOver(ToneA, 0.5) < NotHeard);
     }
 
     void dontPlayNextTrackEndsAfterTheCurrentOne_data()
@@ -546,19 +549,9 @@ private:
         return silent;
     }
 
-    // The level of a tone on the default sink over the next `seconds`, after a
-    // moment for the change just made to reach the sink.
-    double ListenTo(double frequency, double seconds, double settle = 0.35)
-    {
-        const double from = listener->SecondsRecorded() + settle;
-        if (!listener->WaitUntilRecorded(from + seconds, Tests::Timeouts::Playback)) {
-            return -1.0;
-        }
-        return ToneTimeline::Level(listener->A(), frequency, from, from + seconds);
-    }
-
-    // The same for the tone's loudest window.
-    double LoudestOver(double frequency, double seconds, double settle = 0.1)
+    // The level of a tone's loudest window on the default sink over the next
+    // `seconds`, after a moment for the change just made to reach the sink.
+    double LoudestOver(double frequency, double seconds, double settle = 0.35)
     {
         const double from = listener->SecondsRecorded() + settle;
         if (!listener->WaitUntilRecorded(from + seconds, Tests::Timeouts::Playback)) {

@@ -72,12 +72,16 @@ private slots:
         dataDirectory.reset();
     }
 
-    void theStoredDeviceIsMarkedSelected()
+    void bothSinksAreOfferedAndTheStoredOneIsMarked()
     {
-        QCOMPARE(SelectedCount(Settings::GetInstance().GetAudioOutputs()), 0);
-        Settings::SetCurrentAudioOutput({sinkB.toStdString(), "B", false});
-        const auto outputs = Settings::GetInstance().GetAudioOutputs();
+        auto outputs = Settings::GetInstance().GetAudioOutputs();
         QVERIFY(Find(outputs, sinkA) != nullptr && Find(outputs, sinkB) != nullptr);
+        for (const auto& output : outputs) {
+            QVERIFY(!output.selected && !output.description.empty());
+            QVERIFY(!VlcWrapper::IsPseudoAudioDevice(output.id));
+        }
+        Settings::SetCurrentAudioOutput({sinkB.toStdString(), "B", false});
+        outputs = Settings::GetInstance().GetAudioOutputs();
         QVERIFY(Find(outputs, sinkB)->selected);
         QCOMPARE(SelectedCount(outputs), 1);
     }

@@ -261,20 +261,6 @@ private slots:
         QVERIFY2(player.PositionMs() >= pausedAt, "resumed from the start instead of where it paused");
     }
 
-    void bothNullSinksAreOfferedAndNoPseudoDevice()
-    {
-        VlcWrapper player;
-        QStringList ids;
-        for (const auto& device : player.GetAudioDevices()) {
-            ids << QString::fromStdString(device.id);
-            QVERIFY(!device.selected);
-            QVERIFY(!device.description.empty());
-            QVERIFY(!VlcWrapper::IsPseudoAudioDevice(device.id));
-        }
-        QVERIFY2(ids.contains(qEnvironmentVariable("ZELMAR_TEST_SINK_A")), qPrintable(ids.join(',')));
-        QVERIFY2(ids.contains(qEnvironmentVariable("ZELMAR_TEST_SINK_B")), qPrintable(ids.join(',')));
-    }
-
     void pseudoDevicesAreRecognised()
     {
         QVERIFY(VlcWrapper::IsPseudoAudioDevice("default"));
