@@ -1,5 +1,7 @@
 #include "tests/core/content_playing/recording_period_observer.h"
 
+#include <algorithm>
+
 namespace Tests {
 
 using Core::ContentPlaying::PlayablePeriod;
@@ -7,17 +9,17 @@ using Core::DataTypes::Playback::ContentType;
 
 void RecordingPeriodObserver::PeriodStarted(std::shared_ptr<PlayablePeriod> period)
 {
-    Add(Kind::PeriodStarted, period);
+    events.push_back({Kind::PeriodStarted, period.get()});
 }
 
 void RecordingPeriodObserver::LastPeriodFinished(std::shared_ptr<PlayablePeriod> period)
 {
-    Add(Kind::LastPeriodFinished, period);
+    events.push_back({Kind::LastPeriodFinished, period.get()});
 }
 
 void RecordingPeriodObserver::CurrentPeriodNotFound()
 {
-    Add(Kind::CurrentPeriodNotFound, nullptr);
+    events.push_back({Kind::CurrentPeriodNotFound, nullptr});
 }
 
 void RecordingPeriodObserver::PeriodStartedPlayingTrack(std::shared_ptr<PlayablePeriod> period,
@@ -35,22 +37,19 @@ void RecordingPeriodObserver::PeriodChangedProgress(std::shared_ptr<PlayablePeri
 
 void RecordingPeriodObserver::PeriodFinishedPlayingAdBlock(std::shared_ptr<PlayablePeriod> period)
 {
-    Add(Kind::AdBlockFinished, period);
+    events.push_back({Kind::AdBlockFinished, period.get()});
 }
 
 bool RecordingPeriodObserver::PeriodShouldPlayNextTrack(std::shared_ptr<PlayablePeriod> period)
 {
-    Add(Kind::ShouldPlayNextTrack, period);
+    events.push_back({Kind::ShouldPlayNextTrack, period.get()});
     return true;
 }
 
 int RecordingPeriodObserver::Count(Kind kind) const
 {
-    int count = 0;
-    for (const auto& event : events) {
-        count += event.kind == kind ? 1 : 0;
-    }
-    return count;
+    return static_cast<int>(std::count_if(events.begin(), events.end(),
+                                          [kind](const Event& event) { return event.kind == kind; }));
 }
 
 std::vector<std::int32_t> RecordingPeriodObserver::StartedIds(ContentType type) const
@@ -66,17 +65,10 @@ std::vector<std::int32_t> RecordingPeriodObserver::StartedIds(ContentType type) 
 
 int RecordingPeriodObserver::IndexOf(Kind kind, std::int32_t trackId) const
 {
-    for (std::size_t i = 0; i < events.size(); ++i) {
-        if (events[i].kind == kind && (kind != Kind::TrackStarted || events[i].trackId == trackId)) {
-            return static_cast<int>(i);
-        }
-    }
-    return -1;
-}
-
-void RecordingPeriodObserver::Add(Kind kind, const std::shared_ptr<PlayablePeriod>& period)
-{
-    events.push_back({kind, period.get(), ContentType::Clip, 0, false});
+    const auto found = std::find_if(events.begin(), events.end(), [=](const Event& event) {
+        return event.kind == kind && (kind != Kind::TrackStarted || event.trackId == trackId);
+    });
+    return found == events.end() ? -1 : static_cast<int>(found - events.begin());
 }
 
 } // namespace Tests

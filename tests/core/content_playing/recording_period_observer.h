@@ -24,9 +24,9 @@ public:
     {
         Kind kind;
         const Core::ContentPlaying::PlayablePeriod* period;
-        Core::DataTypes::Playback::ContentType type;
-        std::int32_t trackId;
-        bool resumed;
+        Core::DataTypes::Playback::ContentType type = Core::DataTypes::Playback::ContentType::Clip;
+        std::int32_t trackId = 0;
+        bool resumed = false;
     };
 
     void PeriodStarted(std::shared_ptr<Core::ContentPlaying::PlayablePeriod> period) override;
@@ -45,14 +45,10 @@ public:
     int Count(Kind kind) const;
     // Ids of the tracks started for one kind of content, in order.
     std::vector<std::int32_t> StartedIds(Core::DataTypes::Playback::ContentType type) const;
-    // Position of the first event matching kind (and, for track starts, the id);
-    // -1 when there is none.
+    // The first event of the kind (and, for track starts, the id), or -1.
     int IndexOf(Kind kind, std::int32_t trackId = 0) const;
 
     std::vector<Event> events;
-
-private:
-    void Add(Kind kind, const std::shared_ptr<Core::ContentPlaying::PlayablePeriod>& period);
 };
 
 } // namespace Tests

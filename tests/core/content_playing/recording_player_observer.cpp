@@ -7,9 +7,7 @@
 
 namespace Tests {
 
-using Core::ContentPlaying::PlayablePeriod;
 using Core::ContentPlaying::Player;
-using Core::ContentPlaying::PlayerState;
 
 RecordingPlayerObserver::RecordingPlayerObserver(QString observerName, QStringList* lines)
     : name(std::move(observerName))
@@ -17,12 +15,13 @@ RecordingPlayerObserver::RecordingPlayerObserver(QString observerName, QStringLi
 {
 }
 
-void RecordingPlayerObserver::PlayerDidChangePeriod(const Player& player, const PlayablePeriod& period)
+void RecordingPlayerObserver::PlayerDidChangePeriod(const Player& player,
+                                                    const Core::ContentPlaying::PlayablePeriod& period)
 {
-    Record(QStringLiteral("period ") + QString::fromStdString(period.GetInfo().name), player.CurrentState());
+    Record("period " + QString::fromStdString(period.GetInfo().name), player.CurrentState());
 }
 
-void RecordingPlayerObserver::PlayerDidChangeState(const Player&, PlayerState state)
+void RecordingPlayerObserver::PlayerDidChangeState(const Player&, Core::ContentPlaying::PlayerState state)
 {
     Record(QStringLiteral("state"), std::move(state));
 }
@@ -45,7 +44,7 @@ void RecordingPlayerObserver::PlayerDidStartPlayingTrack(const Player& player,
     Record(QStringLiteral("track %1 %2%3")
                .arg(QString::fromStdString(Core::DataTypes::Playback::ContentTypeToString(type)))
                .arg(track.id)
-               .arg(resumed ? QStringLiteral(" resumed") : QString()),
+               .arg(resumed ? " resumed" : ""),
            player.CurrentState());
 }
 
@@ -60,11 +59,6 @@ QStringList RecordingPlayerObserver::Events() const
     return events;
 }
 
-bool RecordingPlayerObserver::HasEvent(const QString& event) const
-{
-    return IndexOf(event) >= 0;
-}
-
 int RecordingPlayerObserver::IndexOf(const QString& event) const
 {
     for (std::size_t i = 0; i < calls.size(); ++i) {
@@ -75,11 +69,11 @@ int RecordingPlayerObserver::IndexOf(const QString& event) const
     return -1;
 }
 
-void RecordingPlayerObserver::Record(const QString& event, PlayerState state)
+void RecordingPlayerObserver::Record(const QString& event, Core::ContentPlaying::PlayerState state)
 {
     calls.push_back({event, std::move(state)});
     if (sharedLines) {
-        *sharedLines << name + QStringLiteral(": ") + event;
+        *sharedLines << name + ": " + event;
     }
 }
 

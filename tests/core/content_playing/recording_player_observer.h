@@ -3,25 +3,22 @@
 #include "core/content_playing/player_observer.h"
 #include "core/content_playing/player_state.h"
 
-#include <QString>
 #include <QStringList>
 
 #include <vector>
 
 namespace Tests {
 
-// Writes down everything a player reports, each call with the player's state as
-// it stood at that moment. Several observers may share one list of lines to show
-// in which order they were called.
+// Every report with the player's state at that moment; observers sharing a list of
+// lines show the order they were called in.
 class RecordingPlayerObserver : public Core::ContentPlaying::PlayerObserver
 {
 public:
     struct Call
     {
-        // "state", "period <name>", "last period finished", "no current period"
-        // or "track <kind> <id>" (with " resumed" when the flag was set).
+        // "state", "period <name>", "last period finished", "no current period" or
+        // "track <kind> <id>[ resumed]".
         QString event;
-        // The snapshot passed with "state"; the player's own state otherwise.
         Core::ContentPlaying::PlayerState state;
     };
 
@@ -39,7 +36,6 @@ public:
 
     // Every call but the state changes, in order.
     QStringList Events() const;
-    bool HasEvent(const QString& event) const;
     // The index of the first call with this event, or -1.
     int IndexOf(const QString& event) const;
 

@@ -9,10 +9,6 @@
 #include "tests/support/test_media.h"
 #include "tests/support/test_timeouts.h"
 
-#include <QtTest>
-
-#include <memory>
-
 using Core::ContentPlaying::AdsBlock;
 using Core::ContentPlaying::MusicBlock;
 using Core::ContentPlaying::VideoBlock;
@@ -22,15 +18,14 @@ using Ids = std::vector<std::int32_t>;
 
 namespace {
 
-Track Cached(int id, ContentType type, const QString& media)
+Track Cached(int id, ContentType type, const char* media)
 {
-    return Tests::PlaybackTestTracks::Cached(id, type, media);
+    return Tests::PlaybackTestTracks::Cached(id, type, QString::fromUtf8(media));
 }
 
 } // namespace
 
-// The music, video and ads blocks over their track list players, on real sound:
-// what they forward to the period and how an ads block ends.
+// What the blocks forward from their track list players, and how an ads block ends.
 class ContentBlocksTest : public QObject
 {
     Q_OBJECT
@@ -38,7 +33,7 @@ class ContentBlocksTest : public QObject
 private slots:
     void initTestCase()
     {
-        // Both sinks kept running and recorded, so that libvlc plays in real time.
+        // Recorded sinks keep libvlc playing in real time.
         QVERIFY2(listener.Start(), qPrintable(listener.ErrorString()));
     }
 
@@ -56,13 +51,11 @@ private slots:
         dataDirectory.reset();
     }
 
-    // A block of one track ignores next and previous rather than restart it; a
-    // longer one forwards them and the choice of a track. Progress reaches the
-    // period as (progress, duration in seconds), and nothing once the observer
-    // is removed.
+    // One track ignores next and previous rather than restart; progress is
+    // (progress, duration in seconds) until the observer goes.
     void tracksProgressAndTheObserver()
     {
-        MusicBlock one({Cached(1, ContentType::Music, QStringLiteral("music_a.mp3"))}, 100);
+        MusicBlock one({Cached(1, ContentType::Music, "music_a.mp3")}, 100);
         one.SetObserver(observer.get());
         one.Start();
         QTRY_VERIFY_WITH_TIMEOUT(observer->progress.size() >= 2, Tests::Timeouts::Playback);
@@ -81,9 +74,9 @@ private slots:
         one.Stop();
 
         Tests::RecordingBlockObserver moves;
-        MusicBlock two({Cached(1, ContentType::Music, QStringLiteral("music_a.mp3")),
-                        Cached(2, ContentType::Music, QStringLiteral("music_b.mp3"))},
-                       100);
+        MusicBlock two(
+            {Cached(1, ContentType::Music, "music_a.mp3"), Cached(2, ContentType::Music, "music_b.mp3")},
+            100);
         two.SetObserver(&moves);
         two.Start();
         QTRY_COMPARE_WITH_TIMEOUT(moves.StartCount(), 1, Tests::Timeouts::Playback);
@@ -94,20 +87,18 @@ private slots:
         two.Stop();
     }
 
-    // Merged spots play one after the other from the first block's player; the
-    // finish handler runs once, even when it lets go of the block.
+    // The finish handler runs once, even when it lets go of the block.
     void mergedAdsPlayAllTracksAndFinishOnce()
     {
         const double from = listener.SecondsRecorded();
-        auto ads = std::make_shared<AdsBlock>(
-            std::vector<Track>{Cached(1, ContentType::Clip, QStringLiteral("short_a.mp3"))}, 100, true);
+        auto ads = std::make_shared<AdsBlock>(std::vector<Track>{Cached(1, ContentType::Clip, "short_a.mp3")},
+                                              100, true);
         const auto second = std::make_shared<AdsBlock>(
-            std::vector<Track>{Cached(2, ContentType::Clip, QStringLiteral("short_b.mp3"))}, 100, true);
+            std::vector<Track>{Cached(2, ContentType::Clip, "short_b.mp3")}, 100, true);
         const auto third = std::make_shared<AdsBlock>(
-            std::vector<Track>{Cached(3, ContentType::Clip, QStringLiteral("short_c.mp3"))}, 100, false);
+            std::vector<Track>{Cached(3, ContentType::Clip, "short_c.mp3")}, 100, false);
         ads->AddTracksFromAnotherBlock(*second);
         ads->AddTracksFromAnotherBlocks({nullptr, third});
-        // Only the player's list has grown.
         QCOMPARE(ads->TrackList().size(), std::size_t{1});
 
         int finished = 0;
@@ -117,7 +108,6 @@ private slots:
         });
         ads->SetObserver(observer.get());
         ads->Start();
-        // One track of its own: next and previous are ignored.
         ads->GoToNextTrack();
         ads->GoToPreviousTrack();
         QTRY_COMPARE_WITH_TIMEOUT(finished, 1, Tests::Timeouts::Playback);
@@ -125,7 +115,6 @@ private slots:
         QVERIFY(listener.WaitUntilRecorded(listener.SecondsRecorded() + 0.8, Tests::Timeouts::Playback));
         QCOMPARE(finished, 1);
         QCOMPARE(observer->StartedIds(), (Ids{1, 2, 3}));
-        // Heard in turn, not at once.
         const auto heard = [&](double frequency) {
             return Tests::ToneTimeline::FirstHeard(listener.A(), frequency, 0.01, from);
         };
@@ -139,7 +128,7 @@ private slots:
     // Without a finish handler the block plays its list once and stops.
     void anAdsBlockWithoutAHandlerJustEnds()
     {
-        AdsBlock ads({Cached(1, ContentType::Clip, QStringLiteral("short_a.mp3"))}, 100, false);
+        AdsBlock ads({Cached(1, ContentType::Clip, "short_a.mp3")}, 100, false);
         ads.SetObserver(observer.get());
         ads.Start();
         QTRY_VERIFY_WITH_TIMEOUT(std::any_of(observer->progress.begin(), observer->progress.end(),
@@ -150,7 +139,7 @@ private slots:
 
     void aVideoBlockLoopsWithoutAWidget()
     {
-        VideoBlock video({Cached(1, ContentType::Video, QStringLiteral("video_short.mp4"))}, 100);
+        VideoBlock video({Cached(1, ContentType::Video, "video_short.mp4")}, 100);
         video.SetObserver(observer.get());
         video.Start();
         QTRY_COMPARE_WITH_TIMEOUT(observer->StartCount(), 2, Tests::Timeouts::Playback);

@@ -1,14 +1,8 @@
 #include "core/content_playing/player_state.h"
 
-#include <QtTest>
-
-#include <string>
-
 using Core::ContentPlaying::DownloadsInfo;
 using Core::ContentPlaying::PlaybackState;
-using Core::ContentPlaying::PlayerState;
 using Core::DataTypes::Playback::ContentType;
-using Core::DataTypes::Playback::Track;
 
 namespace {
 
@@ -35,49 +29,41 @@ DownloadsInfo TwoOfFiveDownloaded()
     info.progress = 0.4;
     info.downloaded = 2;
     info.total = 5;
-    info.downloadedTracks = {Track(), Track()};
+    info.downloadedTracks = {{}, {}};
     return info;
 }
 
 } // namespace
 
-// What each reset of the player's state clears and what it keeps. ToString()
-// prints every field, so equal texts mean equal states.
+// ToString() prints every field, so equal texts mean equal states.
 class PlayerStateTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    // After an ad block the music's playlist must stay on screen, with the
-    // identity of the track the like buttons refer to.
-    void aPlaybackResetKeepsThePlaylistAndTheTrackIdentity()
+    void resets()
     {
-        PlaybackState state = PlayingTrack();
-        state.Reset();
+        // After an ad block the screens keep the playlist and the track the like buttons mean.
+        PlaybackState track = PlayingTrack();
+        track.Reset();
         PlaybackState expected;
         expected.playlistName = "Утро";
         expected.playlistImage = "/img/morning.png";
         expected.trackIdentifier = 5000000000;
         expected.trackIsUploadedByUser = true;
-        QCOMPARE(state.ToString(), expected.ToString());
-
+        QCOMPARE(track.ToString(), expected.ToString());
         DownloadsInfo info = TwoOfFiveDownloaded();
         info.Reset();
         QCOMPARE(info.ToString(), DownloadsInfo().ToString());
-    }
 
-    // The partial reset leaves the clip, the downloads and the on/off flag; the
-    // full one (start and stop) brings every entry back fresh, playlists included.
-    void playerResets()
-    {
-        PlayerState state;
+        // The partial reset leaves the clip, the downloads and the on/off flag.
+        Core::ContentPlaying::PlayerState state;
         state.playingNow = true;
         for (const ContentType type : Core::DataTypes::Playback::AllContentTypes()) {
             state.contentPlayingStates[type] = PlayingTrack();
             state.downloadsInfo[type] = TwoOfFiveDownloaded();
         }
-
-        PlayerState partly = state;
+        auto partly = state;
         partly.ResetMusicVideoPhotoContentPlayingStates();
         QVERIFY(partly.playingNow);
         QCOMPARE(partly.contentPlayingStates.at(ContentType::Clip).ToString(), PlayingTrack().ToString());
@@ -85,9 +71,8 @@ private slots:
             QCOMPARE(partly.contentPlayingStates.at(type).ToString(), PlaybackState().ToString());
             QCOMPARE(partly.downloadsInfo.at(type).ToString(), TwoOfFiveDownloaded().ToString());
         }
-
         state.ResetAll();
-        QCOMPARE(state.ToString(), PlayerState().ToString());
+        QCOMPARE(state.ToString(), Core::ContentPlaying::PlayerState().ToString());
     }
 };
 
