@@ -1,8 +1,6 @@
 #include "core/utilities/clock.h"
 #include "core/utilities/custom_message_handler.h"
 
-#include <QFile>
-#include <QTemporaryFile>
 #include <QtTest>
 
 #include <cstdio>

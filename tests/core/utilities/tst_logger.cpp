@@ -7,13 +7,9 @@
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_timeouts.h"
 
-#include <QDir>
-#include <QFile>
-#include <QRegularExpression>
 #include <QtTest>
 
 #include <cstdlib>
-#include <memory>
 #include <thread>
 
 using Core::Utilities::Clock;
@@ -35,20 +31,10 @@ Core::ContentPlaying::PlayablePeriodInfo Period(const std::string& name, const s
     return info;
 }
 
-PlaybackPeriod SchedulePeriod(const std::string& name, const std::string& start, const std::string& end)
-{
-    PlaybackPeriod period;
-    period.name = name;
-    period.startTime = start;
-    period.endTime = end;
-    return period;
-}
-
 } // namespace
 
 // Support staff read nothing but this log, and tools of theirs parse it: every entry's
-// text, tabs and blank lines are checked exactly. The clock is set to 21.11.2026
-// 11:59:55, and every stamp it produces is replaced by "[T]" before comparing.
+// text, tabs and blank lines are checked exactly, each stamp replaced by "[T]".
 class LoggerTest : public QObject
 {
     Q_OBJECT
@@ -74,8 +60,7 @@ private slots:
         Day saturday;
         saturday.dayOfWeek = "Суббота";
         saturday.date = "21.11.2026";
-        saturday.periods = {SchedulePeriod("Утро", "08:00", "12:00"),
-                            SchedulePeriod("День", "12:00", "00:00")};
+        saturday.periods = {{"Утро", "08:00", "12:00", ""}, {"День", "12:00", "00:00", ""}};
         Day sunday;
         sunday.dayOfWeek = "Воскресенье";
         sunday.date = "22.11.2026";
@@ -189,9 +174,8 @@ private slots:
         QCOMPARE(entries, expected);
     }
 
-    // An entry written by an exit handler, after the process's static objects have
-    // been destroyed, must still reach the file. A copy of this test does that:
-    // its handler is registered before the logger has made anything of its own.
+    // An entry written by an exit handler, after static objects are destroyed, still
+    // reaches the file: a copy of this test registers one before the logger starts.
     void anEntryWrittenWhileExitingIsKept()
     {
         if (qEnvironmentVariableIsSet(exitingChild)) {
@@ -207,8 +191,7 @@ private slots:
                     {QStringLiteral("anEntryWrittenWhileExitingIsKept")});
         QVERIFY(child.waitForFinished(Tests::Timeouts::Process));
         QCOMPARE(child.exitCode(), 0);
-        // The copy's own case wrote into a folder of its own; at exit the override
-        // is back to this case's folder.
+        // At exit the copy's override is back to this case's folder.
         QCOMPARE(Tests::EventLog::Entries(), QStringList{QStringLiteral("при выходе")});
     }
 
