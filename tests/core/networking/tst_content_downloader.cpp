@@ -6,9 +6,11 @@
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_timeouts.h"
 
+#include <cstdio>
 #include <functional>
 #include <map>
 #include <memory>
+#include <unistd.h>
 
 using Core::ContentPlaying::ContentFilesHelper;
 using Core::DataTypes::Playback::ContentType;
@@ -20,6 +22,7 @@ namespace {
 
 const char* const GivenUp = "Количество попыток скачивания превышено, игнорируем скачивание файла";
 const char* const Requeued = "Количество попыток скачивания не превышено, добавляем в очередь";
+const char* const FreezeFlag = "--freeze-mid-download";
 
 class RecordingObserver : public Core::Networking::ContentDownloaderObserver
 {
@@ -411,11 +414,9 @@ private slots:
     // never a final one; the next cleanup removes the leftover.
     void killedMidDownloadLeavesOnlyATemporaryFile()
     {
-        const QString helper = QStringLiteral(ZELMAR_CONTENT_DOWNLOAD_HELPER);
-        QVERIFY2(QFileInfo(helper).isExecutable(), qPrintable("missing helper " + helper));
         QProcess process;
         process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        process.start(helper, {service->MediaDomain(), QStringLiteral("shop1"), QStringLiteral("big.mp3")});
+        process.start(QCoreApplication::applicationFilePath(), {FreezeFlag, service->MediaDomain()});
         QVERIFY2(process.waitForStarted(Tests::Timeouts::Process), qPrintable(process.errorString()));
         QByteArray said;
         QTRY_VERIFY_WITH_TIMEOUT((said += process.readAllStandardOutput()).contains('\n') ||
@@ -444,5 +445,41 @@ private slots:
     }
 };
 
-QTEST_GUILESS_MAIN(ContentDownloaderTest)
+// Started again by the test as the player to kill: one download of music/big.mp3,
+// frozen with "partial" printed as soon as part of it is on disk.
+int FreezeMidDownload(const QString& domain)
+{
+    Track track;
+    track.path = "big.mp3";
+    track.contentType = ContentType::Music;
+    ContentDownloader downloader(nullptr);
+    downloader.SetDomains({domain.toStdString()});
+    downloader.SetObjectCode("shop1");
+    downloader.DownloadFileForTrack(track, track.contentType);
+    const QString temporary = QString::fromStdString(ContentFilesHelper::TemporaryFilenameForTrack(track));
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&temporary] {
+        if (QFileInfo(temporary).size() > 0) {
+            std::puts("partial");
+            std::fflush(stdout);
+            for (;;) {
+                pause();
+            }
+        }
+    });
+    poll.start(0);
+    return QCoreApplication::exec();
+}
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication application(argc, argv);
+    if (argc == 3 && argv[1] == QLatin1String(FreezeFlag)) {
+        return FreezeMidDownload(QString::fromLocal8Bit(argv[2]));
+    }
+    ContentDownloaderTest test;
+    QTEST_SET_MAIN_SOURCE_PATH
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_content_downloader.moc"
