@@ -9,15 +9,14 @@
 
 namespace Tests {
 
-// Every report with the player's state at that moment; observers sharing a list of
-// lines show the order they were called in.
+// Every report with the player's state then; a shared list of lines shows the order.
 class RecordingPlayerObserver : public Core::ContentPlaying::PlayerObserver
 {
 public:
     struct Call
     {
-        // "state", "period <name>", "last period finished", "no current period" or
-        // "track <kind> <id>[ resumed]".
+        // "state", "period <name>", "last period finished", "no current period", "track <kind> <id>[
+        // resumed]".
         QString event;
         Core::ContentPlaying::PlayerState state;
     };

@@ -13,8 +13,7 @@
 
 namespace Tests {
 
-// Periods and ad blocks of one fixed test day, built by hand, and the clock moved
-// to a moment of that day.
+// Periods and ad blocks of one fixed test day, and the clock moved within it.
 class TestPeriods
 {
 public:

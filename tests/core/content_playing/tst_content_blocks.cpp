@@ -51,8 +51,7 @@ private slots:
         dataDirectory.reset();
     }
 
-    // One track ignores next and previous rather than restart; progress is
-    // (progress, duration in seconds) until the observer goes.
+    // One track ignores next and previous rather than restart it.
     void tracksProgressAndTheObserver()
     {
         MusicBlock one({Cached(1, ContentType::Music, "music_a.mp3")}, 100);
@@ -123,18 +122,6 @@ private slots:
         const double c = heard(Tests::TestMedia::MusicCFrequency);
         QVERIFY2(a >= 0 && b > a + 1.0 && c > b + 1.0,
                  qPrintable(QStringLiteral("%1 %2 %3").arg(a).arg(b).arg(c)));
-    }
-
-    // Without a finish handler the block plays its list once and stops.
-    void anAdsBlockWithoutAHandlerJustEnds()
-    {
-        AdsBlock ads({Cached(1, ContentType::Clip, "short_a.mp3")}, 100, false);
-        ads.SetObserver(observer.get());
-        ads.Start();
-        QTRY_VERIFY_WITH_TIMEOUT(std::any_of(observer->progress.begin(), observer->progress.end(),
-                                             [](const auto& entry) { return entry.progress > 0.75; }),
-                                 Tests::Timeouts::Playback);
-        QVERIFY(!QTest::qWaitFor([this]() { return observer->StartCount() > 1; }, Tests::Timeouts::Silence));
     }
 
     void aVideoBlockLoopsWithoutAWidget()

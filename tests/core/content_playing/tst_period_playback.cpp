@@ -1,9 +1,7 @@
 #include "core/content_playing/ads_block.h"
 #include "core/content_playing/music_block.h"
-#include "core/content_playing/photo_block.h"
 #include "core/content_playing/playable_period.h"
 #include "core/content_playing/player.h"
-#include "core/settings.h"
 #include "core/utilities/clock.h"
 #include "tests/core/content_playing/playback_test_tracks.h"
 #include "tests/core/content_playing/recording_block_observer.h"
@@ -125,7 +123,6 @@ private slots:
     void initTestCase()
     {
         QVERIFY2(listener.Start(), qPrintable(listener.ErrorString()));
-        Core::Settings::SetUseCrossfade(false);
     }
 
     void init()
@@ -290,21 +287,6 @@ private slots:
         QCOMPARE(
             EventLog::Count(QStringLiteral("В очереди есть 'вежливая' реклама, начинаем воспроизведение")),
             1);
-    }
-
-    // With only photos showing there is no track to wait for.
-    void aPoliteAdBesidePhotosStartsAtOnce()
-    {
-        const auto period = TestPeriods::Make("P", "11:00", "12:00");
-        period->SetBlock(ContentType::Photo,
-                         std::make_shared<Core::ContentPlaying::PhotoBlock>(
-                             std::vector<Track>{Cached(1, ContentType::Photo, "photo_landscape.jpg")}));
-        period->TryToAddAdvertisingBlocks(
-            {TestPeriods::Ad("Вежливый", "11:30", {Clip(11, "short_a.mp3")}, false)});
-        Start({period}, QTime(11, 29, 59));
-
-        QTRY_COMPARE_WITH_TIMEOUT(observer->StartedIds(ContentType::Clip), Ids{11}, Tests::Timeouts::Process);
-        QCOMPARE(observer->StartedIds(ContentType::Photo), Ids{1});
     }
 
     // The next period's start ads queue behind it; its content waits for both.

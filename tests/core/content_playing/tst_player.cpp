@@ -38,8 +38,7 @@ PlaybackConfiguration WithTracks(const std::vector<Track>& tracks)
     return configuration;
 }
 
-// One period of the test day playing one playlist of the kind of its tracks;
-// `others` are in the configuration without being played.
+// One period of the test day; `others` are in the configuration, not played.
 PlaybackConfiguration Schedule(const std::string& periodName, const std::string& end,
                                const std::string& playlistName, const std::vector<Track>& played,
                                const std::vector<Track>& others = {})
@@ -83,8 +82,7 @@ const QString Restart = QStringLiteral("Перезапуск воспроизв�
 
 } // namespace
 
-// The player over real periods, blocks and sound, with media from the reference
-// service where it must be downloaded first.
+// The player over real periods, blocks and sound, downloading from the reference service.
 class PlayerTest : public QObject
 {
     Q_OBJECT
@@ -113,14 +111,11 @@ private slots:
     {
         dataDirectory = std::make_unique<Tests::TestDataDirectory>();
         QVERIFY(dataDirectory->IsValid());
-        // Half an hour into a period that runs from 10:00, three seconds before an
-        // advertising slot at 10:30.
+        // Three seconds before an ad slot at 10:30, half an hour into a period from 10:00.
         Tests::TestPeriods::SetNow(QTime(10, 29, 57));
         for (const ContentType type : {ContentType::Music, ContentType::Video, ContentType::Photo}) {
             Core::Settings::SetShuffle(type, false);
         }
-        // A track ends at its end, not where a crossfade would begin.
-        Core::Settings::SetUseCrossfade(false);
         sinks = std::make_unique<Tests::TestSinksKeepAlive>();
         QVERIFY2(sinks->Start(), qPrintable(sinks->ErrorString()));
         observer = std::make_unique<RecordingPlayerObserver>();
@@ -135,8 +130,7 @@ private slots:
         Core::Utilities::Clock::ResetForTesting();
     }
 
-    // Switching on and off reports once per real change; an empty schedule
-    // reports the end at once, and updates while off are only stored.
+    // Each real change is reported once; updates while off are only stored.
     void switchingOnAndOffWithAnEmptySchedule()
     {
         player = std::make_unique<Player>(WithTracks({}));
@@ -176,8 +170,7 @@ private slots:
         QCOMPARE(observer->calls.size(), std::size_t{4});
     }
 
-    // A schedule naming what the configuration lacks is logged and leaves the
-    // player on with nothing; a corrected one arriving later plays at once.
+    // Logged, and the player stays on with nothing; a corrected schedule plays at once.
     void aScheduleThatFailsToBuild()
     {
         const Track photo = Cached(31, ContentType::Photo, "photo_landscape.jpg", "Пейзаж");
@@ -207,9 +200,7 @@ private slots:
         QVERIFY(!started.contentPlayingStates.at(ContentType::Music).playing);
     }
 
-    // With only photos on screen, or once the last period has ended, there is no
-    // track to wait for: an update restarts at once. After the end a skip wakes
-    // nothing.
+    // Nothing on air to wait for: the update restarts at once; after the end a skip wakes nothing.
     void anUpdateWithNoTrackOnAirRestartsAtOnce_data()
     {
         QTest::addColumn<bool>("afterTheEnd");
@@ -246,9 +237,7 @@ private slots:
         QVERIFY(!player->RestartIfNeeded());
     }
 
-    // An update during music lets the track end and then rebuilds from the new
-    // schedule; the next track of the old playlist never starts. Skipping while
-    // the restart waits carries it out at once instead.
+    // The old playlist's next track never starts; a skip carries the waiting restart out at once.
     void anUpdateDuringMusicWaitsForTheTrack_data()
     {
         QTest::addColumn<bool>("skip");
@@ -293,8 +282,7 @@ private slots:
         }
     }
 
-    // The end of an ad block clears what the screens show of the clip and
-    // nothing of the music beneath it, which then plays on.
+    // The screens keep the music beneath an ad as it was.
     void anAdBlockEndResetsOnlyTheClipState()
     {
         const Track music = Cached(1, ContentType::Music, "music_a.mp3", "Ля");
@@ -324,8 +312,7 @@ private slots:
             return -1;
         };
         QTRY_VERIFY_WITH_TIMEOUT(adEnded() >= 0, Tests::Timeouts::Playback);
-        // The report of the end against the one before it: the clip's entry is
-        // reset, the music's is as it was.
+        // The clip's entry is reset, the music's is as it was.
         auto before = observer->calls[adEnded() - 1].state.contentPlayingStates;
         const auto after = observer->calls[adEnded()].state.contentPlayingStates;
         QCOMPARE(before.at(ContentType::Music).trackTitle, std::string("Ля"));
@@ -339,9 +326,7 @@ private slots:
                                  Tests::Timeouts::Playback);
     }
 
-    // Media not yet in the cache: the period's own file comes down first, its
-    // block waits for it and starts when it arrives. Both observers hear every
-    // report, in the order they were added.
+    // The period's own file comes down first; every observer hears each report in turn.
     void aPeriodWaitsForItsMediaToDownload()
     {
         Track wanted = PlaybackTestTracks::Make(1, ContentType::Music, QString(), QStringLiteral("Ми"));
@@ -393,9 +378,7 @@ private slots:
         QCOMPARE(lines.mid(lines.size() - 2), (QStringList{"A: state", "B: state"}));
     }
 
-    // The cache keeps only what the configuration names (the rules of what is
-    // dropped are the cache's own), and the counts say how much of it is there. A
-    // like changes the stored configuration too, for the next rebuild.
+    // The cache keeps only what the configuration names; a like is stored for the next rebuild.
     void filesAreCheckedAtConstruction()
     {
         const Track music = Cached(1, ContentType::Music, "short_a.mp3", "Ля");
