@@ -84,8 +84,7 @@ QStringList CachedFiles()
 
 } // namespace
 
-// The media downloader against the reference service: what it fetches, in which
-// order, from where, and what it leaves in the cache after every kind of failure.
+// The media downloader against the reference service.
 class ContentDownloaderTest : public QObject
 {
     Q_OBJECT
@@ -98,8 +97,7 @@ private:
     std::unique_ptr<RecordingObserver> observer;
     std::unique_ptr<ContentDownloader> downloader;
 
-    // A track as the configuration describes "<type>/<path>" of the content
-    // folder: its digest and size taken from the file, one id per path.
+    // The track of "<type>/<path>" in the content folder, digest and size from the file.
     Track MakeTrack(const QString& name, bool withMd5 = true) const
     {
         const QString path = name.section(QLatin1Char('/'), 1);
@@ -207,9 +205,7 @@ private slots:
         QVERIFY2(service->Stop(), qPrintable(service->ErrorString()));
     }
 
-    // Advertising first, then music, video and photos; the first queued first
-    // among equals. Each file lands under its type's folder, checked; a full
-    // address is fetched as it is.
+    // Ads, music, video, photos; first queued first among equals; full addresses as they are.
     void downloadsByPriorityIntoTheCache()
     {
         Track external = MakeTrack("music/b.mp3");
@@ -263,9 +259,7 @@ private slots:
             << "wrong_md5" << 3 << true << "\tНеверный md5, ошибка скачивания" << false;
         QTest::newRow("empty, then arrives")
             << "empty" << 2 << true << "\tФайл имеет нулевой размер: %TMP%" << true;
-        // Qt may send a cut request again by itself, using up a second cut, and
-        // may then report half a body as complete: two cuts still leave a third
-        // attempt, every request cut leaves none. No digest is there to tell.
+        // Qt resends a cut request itself and may call half a body complete; no digest tells.
         QTest::newRow("two cuts, then arrives") << "close_mid_body" << 2 << false << "" << true;
         QTest::newRow("every request cut") << "close_mid_body" << 0 << false << "" << false;
     }
@@ -294,9 +288,7 @@ private slots:
         }
     }
 
-    // The next request goes out while a finished file is still being checked;
-    // a file that then fails must still be retried in the order the queue gives:
-    // before anything of lower priority, after what was queued before it.
+    // A file failing its check while the next is fetched is retried in queue order.
     void aFailedFileIsRetriedInQueueOrder()
     {
         AddFault("clip/ad.mp3", "wrong_md5", 1);
@@ -310,8 +302,7 @@ private slots:
         QCOMPARE(CachedFiles(), (QStringList{"ads/ad.mp3", "music/a.mp3", "music/b.mp3", "music/c.mp3"}));
     }
 
-    // Without a reachable domain the queue waits; the next queued track searches
-    // again, takes the first domain that resolves and brings the waiting ones along.
+    // Without a reachable domain the queue waits for the next track's search.
     void queueWaitsForAReachableDomain()
     {
         const std::string unknown = "http://zelmar-no-such-domain.invalid/media/";
@@ -348,8 +339,7 @@ private slots:
         QCOMPARE(RequestsFor("music/b.mp3"), 0);
     }
 
-    // The player restarts the downloader from inside the callback when a new
-    // period begins: what was queued goes, what it queues then comes down.
+    // The player restarts the downloader from inside the callback when a period begins.
     void observerMayStopAndRequeueFromItsCallback()
     {
         Download({"clip/ad.mp3", "music/a.mp3", "music/b.mp3"});
@@ -374,8 +364,7 @@ private slots:
         QCOMPARE(observer->finished, QStringList{"a.mp3 music"});
     }
 
-    // The temporary file is a way onto a device that is always full. A small
-    // file is written once it has all arrived, a large one while it arrives.
+    // A small file is written when complete, a large one while it arrives.
     void fullDiskIsAFailedAttempt_data()
     {
         QTest::addColumn<QString>("name");
@@ -410,8 +399,7 @@ private slots:
         QCOMPARE(CachedFiles(), QStringList{"photo/p.jpg"});
     }
 
-    // A player killed in the middle of a download leaves one temporary file and
-    // never a final one; the next cleanup removes the leftover.
+    // Killed mid-download: only a temporary file, which the next cleanup removes.
     void killedMidDownloadLeavesOnlyATemporaryFile()
     {
         QProcess process;
@@ -445,8 +433,7 @@ private slots:
     }
 };
 
-// Started again by the test as the player to kill: one download of music/big.mp3,
-// frozen with "partial" printed as soon as part of it is on disk.
+// The player to kill: prints "partial" and freezes once part of music/big.mp3 is on disk.
 int FreezeMidDownload(const QString& domain)
 {
     Track track;

@@ -94,17 +94,14 @@ private slots:
         const QString leftover = QString::fromStdString(ContentFilesHelper::TemporaryFilenameForTrack(kept));
         const QString nested = dataDirectory->FilePath(QStringLiteral("photo/sub/stray.jpg"));
         const QString outside = dataDirectory->FilePath(QStringLiteral("db.sqlite"));
-        QVERIFY(Touch(leftover));
-        QVERIFY(Touch(nested));
-        QVERIFY(Touch(outside));
+        QVERIFY(Touch(leftover) && Touch(nested) && Touch(outside));
 
         ContentFilesHelper::DropUnnecessaryContentFiles({kept, sharedName});
 
-        QVERIFY(ContentFilesHelper::FileForTrackExists(kept));
-        QVERIFY(ContentFilesHelper::FileForTrackExists(sharedName));
+        QVERIFY(ContentFilesHelper::FileForTrackExists(kept) &&
+                ContentFilesHelper::FileForTrackExists(sharedName));
         QVERIFY(!ContentFilesHelper::FileForTrackExists(gone));
-        QVERIFY(!QFile::exists(leftover));
-        QVERIFY(!QFile::exists(nested));
+        QVERIFY(!QFile::exists(leftover) && !QFile::exists(nested));
         QVERIFY2(QFile::exists(outside), "only the content folders are cleaned");
     }
 

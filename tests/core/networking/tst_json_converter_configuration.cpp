@@ -11,10 +11,7 @@ Q_DECLARE_METATYPE(PlaybackConfiguration)
 
 namespace {
 
-// A whole configuration as the server sends it, every member of every object
-// present. Its texts carry what a careless writer or reader would mangle: Cyrillic,
-// quotes, apostrophes, backslashes, control characters, a NUL, a leading byte order
-// mark and a character outside the basic plane.
+// Every member present, with texts a careless writer or reader would mangle.
 QByteArray FullDocument()
 {
     QFile file(qEnvironmentVariable("ZELMAR_TEST_SOURCE_DIR") +
@@ -36,9 +33,7 @@ PlaybackConfiguration EmptyConfiguration()
     return empty;
 }
 
-// The document the tree writers and QJsonDocument make of a configuration; the
-// text writer must produce exactly these bytes, except that it escapes U+FEFF, which
-// Qt's parser would drop at the start of a string.
+// The tree writers' document; the text writer escapes U+FEFF, which Qt's parser drops.
 QByteArray QtDocument(const PlaybackConfiguration& c)
 {
     QJsonArray content;
@@ -70,8 +65,7 @@ private slots:
                  "tests/core/networking/full_configuration.json is missing or damaged");
     }
 
-    // The database keeps what the writer makes of what was read: every member of a
-    // full server document must come back with its value and under its name.
+    // The database keeps what the writer makes of what was read.
     void aFullDocumentIsReadAndWrittenBackWhole()
     {
         const QJsonDocument document = QJsonDocument::fromJson(FullDocument());
@@ -190,8 +184,7 @@ private slots:
                  QtDocument(configuration));
     }
 
-    // The writers use checked access: a configuration missing a kind is a bug to
-    // stop at, not one to store.
+    // A configuration missing a kind is a bug to stop at, not one to store.
     void writerNeedsEveryKey()
     {
         PlaybackConfiguration withoutVideo = FullConfiguration();

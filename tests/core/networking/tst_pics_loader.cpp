@@ -55,9 +55,7 @@ private slots:
         QVERIFY2(service->Stop(), qPrintable(service->ErrorString()));
     }
 
-    // Radius zero on a square label makes a circle: inside it at the middle of each
-    // edge, outside at the corners. Otherwise the picture is scaled into the label
-    // keeping its shape, and only its corners are rounded.
+    // Radius zero makes a circle; otherwise scaled keeping its shape, only corners rounded.
     void picturesAreScaledAndRounded()
     {
         QLabel circle;
@@ -85,8 +83,7 @@ private slots:
                  255);
     }
 
-    // One at a time, in order; a gone label or a removed task is skipped without
-    // a request, and a failed picture never holds up the next.
+    // In order; gone labels and removed tasks go unasked, failures hold up nothing.
     void queueGoesOnPastGoneLabelsRemovedTasksAndFailures()
     {
         ServiceFault late(QStringLiteral("files/pics/missing.png"), QStringLiteral("delay"), 1);

@@ -59,8 +59,7 @@ private:
     const int* failures;
 };
 
-// Every success value in words, so that one table column can hold what the
-// reply became.
+// Every success value in words, for one table column.
 QString Describe(const std::string& text)
 {
     return QString::fromStdString(text);
@@ -137,9 +136,7 @@ void CollectConsoleLine(QtMsgType, const QMessageLogContext&, const QString& mes
 
 #define WAIT_FOR(outcome) QTRY_COMPARE_WITH_TIMEOUT((outcome).Calls(), 1, Tests::Timeouts::Process)
 
-// The client of the server API against the reference service: what each request
-// looks like on the wire, how every kind of reply is sorted, and who hears about
-// account conditions.
+// The server API client against the reference service.
 class ServerConnectionTest : public QObject
 {
     Q_OBJECT
@@ -162,8 +159,7 @@ private:
         return entry;
     }
 
-    // The text with each token the service issued as TOKEN, its origin as ORIGIN/
-    // and the configuration's version as VERSION.
+    // Issued tokens as TOKEN, the origin as ORIGIN/, the configuration's version as VERSION.
     QString Placeholders(QString text)
     {
         for (const char* section : {"sign_ins", "sign_ups"}) {
@@ -269,8 +265,7 @@ private slots:
         const auto video = PlaylistContentType::Video;
         using SC = ServerConnection;
 
-        // The sign-in family sends JSON put together by hand, as the server reads
-        // exactly these bytes; only the sign-in sets its length itself.
+        // Sign-in JSON is put together by hand: the server reads exactly these bytes.
         row("POST /api/v1/auth/sign_in", Json, R"({"login":"owner","password":"secret", "code":"shop1"})",
             "TOKEN",
             [=](Reply& r) { ServerConnection(server).SignIn("owner", "secret", shop, Ok(r), r.Failure()); });
@@ -278,8 +273,7 @@ private slots:
             [=](Reply& r) {
                 ServerConnection(server).PlaybackObjects("owner", "secret", Ok(r), r.Failure());
             });
-        // A form decoder reads "+" as a blank and "&" as the next field: every
-        // value is percent-encoded completely to arrive as typed.
+        // A form decoder reads "+" as a blank and "&" as the next field: encode all.
         row("POST /api/v1/auth/sign_up", Form,
             "phone=%2B79001112233&city=%D0%9E%D0%BC%D1%81%D0%BA%20%26%20Co%20%3D%20100%25&lang=ru",
             "signup-1 TOKEN", On(&SC::SignUp, std::string("+79001112233"), std::string("Омск & Co = 100%")));
@@ -328,8 +322,7 @@ private slots:
         bare("GET /api/v1//delete_account", "", On(&SC::DeleteAccount));
     }
 
-    // Each operation reaches its endpoint with the token when it is authorized,
-    // its body in its encoding, and reads the reply into the caller's value.
+    // Endpoint, token when authorized, body in its encoding, reply into the caller's value.
     void requestsOnTheWire()
     {
         QFETCH(QString, contentType);
@@ -390,8 +383,7 @@ private slots:
         unknownCode.error = 123;
         const QString unreadable = QStringLiteral("error: Json Deserialization error: ");
 
-        // Connection-level failures read as "no connection"; HTTP statuses keep
-        // Qt's own text (* stands for the address), whatever the body says.
+        // Transport failures read as "no connection"; HTTP statuses keep Qt's text (* is the address).
         QTest::newRow("connection closed")
             << fault("close_mid_body") << QStringLiteral("error: ") + NoConnection;
         QTest::newRow("HTTP 500") << fault("status")
@@ -425,8 +417,7 @@ private slots:
         QCOMPARE(service->RequestsTo(QStringLiteral("playback/version")).size(), 1);
         QCOMPARE(listener.calls, QStringList());
         QVERIFY(!version.error || !version.error->IsWrongTokenError());
-        // The user reads "no connection"; the reason, with the address but not
-        // its query, is for support.
+        // The user reads "no connection"; support reads the address, without its query.
         const QString reason = QStringLiteral("Отсутствует связь с сервером (%1shop1/playback/version): ")
                                    .arg(service->BaseUrl());
         QCOMPARE(Tests::EventLog::Text().count(reason), outcome.contains(NoConnection) ? 1 : 0);
@@ -440,14 +431,11 @@ private slots:
         QTest::newRow("signed in elsewhere") << "tokens" << false << "wrong token after 0 failures";
         QTest::newRow("account blocked") << "blocked" << false << "blocked after 0 failures";
         QTest::newRow("object exported") << "exported" << false << "exported after 0 failures";
-        // Sign-in runs on a temporary connection: the caller still hears back,
-        // the listeners of a connection that is gone do not (the sanitizer build
-        // watches that nothing touches it).
+        // Sign-in runs on a temporary connection: its caller still hears back, its listeners not.
         QTest::newRow("connection gone before the answer") << "tokens" << true << "";
     }
 
-    // The real conditions on the service, not injected codes: its answer to an
-    // ordinary request is what the listeners must hear, before the caller does.
+    // Real conditions on the service, heard by the listeners before the caller.
     void accountConditionsReachTheListenersOnce()
     {
         QFETCH(QString, condition);
@@ -480,8 +468,7 @@ private slots:
         QCOMPARE(version.error->IsWrongTokenError(), condition == QLatin1String("tokens"));
     }
 
-    // A host lookup, answered later and never from inside the call; without a
-    // server every request fails that way, and nothing is sent.
+    // A host lookup, answered later; without a server every request fails so, unsent.
     void serverAvailabilityIsAHostLookup()
     {
         ServerConnection unknownHost(ServerAt("http://zelmar-test-host.invalid/api/v1/"));
@@ -587,8 +574,7 @@ private slots:
         QVERIFY(tls.Stop());
     }
 
-    // Support reads the event log and the console; neither may ever show the
-    // token, whatever went wrong.
+    // Support reads the event log and the console: never the token.
     void tokenNeverReachesTheLogs()
     {
         consoleLines.clear();
