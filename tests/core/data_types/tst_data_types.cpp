@@ -61,17 +61,14 @@ private slots:
         QCOMPARE(Playback::ContentTypeToString(static_cast<ContentType>(-1)), std::string("photo"));
     }
 
-    // Database rows and the stored configuration's content list rely on this order.
-    void allContentTypesAreInTypeOrder()
+    // Database rows and the stored content list rely on this order; the catalogue
+    // shares 1 to 3 with the schedule, but its 0 is not advertising; a new period
+    // holds exactly the keys readers use checked access on (advertising has none).
+    void orderAndKeysTheCodeReliesOn()
     {
         QCOMPARE(Playback::AllContentTypes(),
                  std::vector<ContentType>(
                      {ContentType::Clip, ContentType::Music, ContentType::Video, ContentType::Photo}));
-    }
-
-    // The catalogue shares 1 to 3 with the schedule, but its 0 is not advertising.
-    void catalogueTypeZeroIsStockMusicNotClip()
-    {
         QCOMPARE(Playlists::PlaylistContentTypeToString(Playlists::PlaylistContentType::StockMusic),
                  std::string("stock_music"));
         for (int value = 1; value <= 3; ++value) {
@@ -81,14 +78,7 @@ private slots:
         }
         QCOMPARE(Playlists::PlaylistContentTypeToString(static_cast<Playlists::PlaylistContentType>(9)),
                  std::string("photo"));
-    }
-
-    // Readers and writers use checked access on these keys, and advertising has no
-    // playlist of a period.
-    void aNewPeriodHoldsExactlyTheThreeContentKeys()
-    {
-        const Playback::PlaybackPeriod period;
-        QCOMPARE(period.playlistIds,
+        QCOMPARE(Playback::PlaybackPeriod().playlistIds,
                  (std::map<ContentType, std::int32_t>{
                      {ContentType::Music, 0}, {ContentType::Video, 0}, {ContentType::Photo, 0}}));
     }

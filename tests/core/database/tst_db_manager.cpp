@@ -222,23 +222,13 @@ private slots:
         }
     }
 
-    // Tables without a complete sign-in read as signed out, the outputs untouched.
-    void anIncompleteSignInReadsAsSignedOut()
-    {
-        QVERIFY(database->InitEmptyDataBase());
-        SignIn read;
-        QVERIFY(!read.Read());
-        QVERIFY(kFirst.Save());
-        QVERIFY(Tamper(QStringLiteral("DELETE FROM user")));
-        QVERIFY(!read.Read());
-        QCOMPARE(read.Fields(), SignIn().Fields());
-    }
-
-    // A sign-in replaces the one before, changing the object keeps the rest, and a
-    // fresh database forgets everything.
+    // A sign-in replaces the one before, changing the object keeps the rest, a fresh
+    // database forgets everything, and an incomplete sign-in reads as none, the
+    // outputs untouched.
     void aNewSignInReplacesThePreviousOne()
     {
         QVERIFY(database->InitEmptyDataBase());
+        QVERIFY(!SignIn().Read());
         QVERIFY(kFirst.Save());
         SignIn second{MakeObject("second", 2), MakeServer("two"), "owner2", "secret2", "tok2"};
         QVERIFY(second.Save());
@@ -254,6 +244,10 @@ private slots:
         QVERIFY(database->SavePlaybackConfiguration(MakeConfiguration(3, "list")));
         QVERIFY(database->SaveReport(MakeReport(1)));
         QCOMPARE(Rows(counts), QStringList({"1|1|1|1|1"}));
+        QVERIFY(Tamper(QStringLiteral("DELETE FROM user")));
+        SignIn none;
+        QVERIFY(!none.Read());
+        QCOMPARE(none.Fields(), SignIn().Fields());
         QVERIFY(database->InitEmptyDataBase());
         QCOMPARE(Rows(counts), QStringList({"0|0|0|0|0"}));
     }

