@@ -18,7 +18,7 @@ public:
         CurrentPeriodNotFound,
         TrackStarted,
         AdBlockFinished,
-        ShouldPlayNextTrack,
+        ShouldPlayNextTrack
     };
     struct Event
     {

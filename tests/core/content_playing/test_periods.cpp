@@ -9,7 +9,6 @@ namespace Tests {
 
 using Core::ContentPlaying::AdsBlock;
 using Core::ContentPlaying::PlayablePeriod;
-using Core::ContentPlaying::PlayablePeriodInfo;
 
 namespace {
 
@@ -32,7 +31,7 @@ void TestPeriods::SetNow(const QTime& time)
 std::shared_ptr<PlayablePeriod> TestPeriods::Make(const std::string& name, const std::string& start,
                                                   const std::string& end, const std::string& date)
 {
-    PlayablePeriodInfo info;
+    Core::ContentPlaying::PlayablePeriodInfo info;
     info.name = name;
     info.startTime = start;
     info.endTime = end;

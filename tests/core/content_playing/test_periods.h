@@ -17,18 +17,14 @@ namespace Tests {
 class TestPeriods
 {
 public:
-    TestPeriods() = delete;
-
-    // The test day's date text, as the server writes it.
     static std::string Today();
-    // From now on the clock reads `time` of the test day and runs on.
+    // The clock reads `time` of the test day and runs on.
     static void SetNow(const QTime& time);
     // A period of the test day (or of `date`) without blocks; both volumes 100.
     static std::shared_ptr<Core::ContentPlaying::PlayablePeriod> Make(const std::string& name,
                                                                       const std::string& start,
                                                                       const std::string& end,
                                                                       const std::string& date = Today());
-    // Links each period to the one after it.
     static void Chain(const std::vector<std::shared_ptr<Core::ContentPlaying::PlayablePeriod>>& periods);
     // The period's name, weekday, date and times, as its log lines show it.
     static QString Text(const std::string& name, const std::string& start, const std::string& end);

@@ -1,31 +1,25 @@
-#include "core/content_playing/ads_block.h"
 #include "core/content_playing/music_block.h"
 #include "core/content_playing/video_block.h"
 #include "tests/core/content_playing/playback_test_tracks.h"
 #include "tests/core/content_playing/recording_block_observer.h"
-#include "tests/core/content_playing/tone_timeline.h"
 #include "tests/core/content_playing/two_sink_listener.h"
 #include "tests/support/test_data_directory.h"
-#include "tests/support/test_media.h"
 #include "tests/support/test_timeouts.h"
 
-using Core::ContentPlaying::AdsBlock;
 using Core::ContentPlaying::MusicBlock;
-using Core::ContentPlaying::VideoBlock;
 using Core::DataTypes::Playback::ContentType;
-using Core::DataTypes::Playback::Track;
 using Ids = std::vector<std::int32_t>;
 
 namespace {
 
-Track Cached(int id, ContentType type, const char* media)
+Core::DataTypes::Playback::Track Cached(int id, ContentType type, const char* media)
 {
     return Tests::PlaybackTestTracks::Cached(id, type, QString::fromUtf8(media));
 }
 
 } // namespace
 
-// What the blocks forward from their track list players, and how an ads block ends.
+// What the music and video blocks forward from their track list players.
 class ContentBlocksTest : public QObject
 {
     Q_OBJECT
@@ -86,47 +80,9 @@ private slots:
         two.Stop();
     }
 
-    // The finish handler runs once, even when it lets go of the block.
-    void mergedAdsPlayAllTracksAndFinishOnce()
-    {
-        const double from = listener.SecondsRecorded();
-        auto ads = std::make_shared<AdsBlock>(std::vector<Track>{Cached(1, ContentType::Clip, "short_a.mp3")},
-                                              100, true);
-        const auto second = std::make_shared<AdsBlock>(
-            std::vector<Track>{Cached(2, ContentType::Clip, "short_b.mp3")}, 100, true);
-        const auto third = std::make_shared<AdsBlock>(
-            std::vector<Track>{Cached(3, ContentType::Clip, "short_c.mp3")}, 100, false);
-        ads->AddTracksFromAnotherBlock(*second);
-        ads->AddTracksFromAnotherBlocks({nullptr, third});
-        QCOMPARE(ads->TrackList().size(), std::size_t{1});
-
-        int finished = 0;
-        ads->SetFinishHandler([&finished, &ads]() {
-            ++finished;
-            ads.reset();
-        });
-        ads->SetObserver(observer.get());
-        ads->Start();
-        ads->GoToNextTrack();
-        ads->GoToPreviousTrack();
-        QTRY_COMPARE_WITH_TIMEOUT(finished, 1, Tests::Timeouts::Playback);
-        QVERIFY(!ads);
-        QVERIFY(listener.WaitUntilRecorded(listener.SecondsRecorded() + 0.8, Tests::Timeouts::Playback));
-        QCOMPARE(finished, 1);
-        QCOMPARE(observer->StartedIds(), (Ids{1, 2, 3}));
-        const auto heard = [&](double frequency) {
-            return Tests::ToneTimeline::FirstHeard(listener.A(), frequency, 0.01, from);
-        };
-        const double a = heard(Tests::TestMedia::MusicAFrequency);
-        const double b = heard(Tests::TestMedia::MusicBFrequency);
-        const double c = heard(Tests::TestMedia::MusicCFrequency);
-        QVERIFY2(a >= 0 && b > a + 1.0 && c > b + 1.0,
-                 qPrintable(QStringLiteral("%1 %2 %3").arg(a).arg(b).arg(c)));
-    }
-
     void aVideoBlockLoopsWithoutAWidget()
     {
-        VideoBlock video({Cached(1, ContentType::Video, "video_short.mp4")}, 100);
+        Core::ContentPlaying::VideoBlock video({Cached(1, ContentType::Video, "video_short.mp4")}, 100);
         video.SetObserver(observer.get());
         video.Start();
         QTRY_COMPARE_WITH_TIMEOUT(observer->StartCount(), 2, Tests::Timeouts::Playback);
