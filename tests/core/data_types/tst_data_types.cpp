@@ -46,7 +46,6 @@ private slots:
         QTest::newRow("clip") << "clip" << ContentType::Clip;
         QTest::newRow("music") << "music" << ContentType::Music;
         QTest::newRow("video") << "video" << ContentType::Video;
-        QTest::newRow("photo") << "photo" << ContentType::Photo;
         QTest::newRow("capital letter") << "Music" << ContentType::Photo;
     }
 

@@ -31,8 +31,6 @@ private slots:
     {
         const QDateTime target(QDate(2026, 11, 21), QTime(11, 59, 55));
         Clock::SetCurrentDateTimeForTesting(target);
-        const qint64 readBack = Clock::CurrentLocalDateTime().msecsTo(target);
-        QVERIFY2(qAbs(readBack) < 1000, qPrintable(QString::number(readBack)));
         QCOMPARE(Clock::CurrentSecsSinceEpoch() / 60, target.toSecsSinceEpoch() / 60);
         QTRY_VERIFY_WITH_TIMEOUT(Clock::CurrentMSecsSinceEpoch() > target.toMSecsSinceEpoch() + 100,
                                  Tests::Timeouts::Quick);

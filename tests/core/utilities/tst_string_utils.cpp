@@ -86,6 +86,7 @@ private slots:
             QTest::newRow(name) << function << arguments << expected;
         };
         row("size: most bytes", "size", {"1023"}, "1023 байт");
+        row("size: most kilobytes", "size", {"1048575"}, "1023 Кб");
         row("size: most megabytes", "size", {"1073741823"}, "1023 Мб");
         row("size: gigabytes to two digits", "size", {"1342177280"}, "1.25 Гб");
         row("size: beyond 32 bits", "size", {"10737418240"}, "10 Гб");
