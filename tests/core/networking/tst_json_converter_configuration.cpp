@@ -1,6 +1,5 @@
 #include "core/networking/json_converter.h"
 
-#include <stdexcept>
 #include <tuple>
 
 using namespace Core::DataTypes::Playback;
@@ -163,19 +162,6 @@ private slots:
         QFETCH(PlaybackConfiguration, configuration);
         QCOMPARE(JsonConverter::PlaybackConfigurationToString(configuration).toUtf8(),
                  QtDocument(configuration));
-    }
-
-    // A configuration missing a kind is a bug to stop at, not one to store.
-    void writerNeedsEveryKey()
-    {
-        PlaybackConfiguration withoutVideo = FullConfiguration();
-        withoutVideo.tracks.erase(ContentType::Video);
-        QVERIFY_EXCEPTION_THROWN(JsonConverter::PlaybackConfigurationToString(withoutVideo),
-                                 std::out_of_range);
-        PlaybackConfiguration withoutPhotoPlaylist = FullConfiguration();
-        withoutPhotoPlaylist.days[0].periods[1].playlistIds.erase(ContentType::Photo);
-        QVERIFY_EXCEPTION_THROWN(JsonConverter::PlaybackConfigurationToString(withoutPhotoPlaylist),
-                                 std::out_of_range);
     }
 
     void version()

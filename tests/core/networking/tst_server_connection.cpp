@@ -327,8 +327,7 @@ private slots:
         QFETCH(QString, body);
         QFETCH(QString, reply);
         QFETCH(Call, call);
-        const qint64 now = 1700000000;
-        Core::Utilities::Clock::SetCurrentDateTimeForTesting(QDateTime::fromSecsSinceEpoch(now));
+        Core::Utilities::Clock::SetCurrentDateTimeForTesting(QDateTime::fromSecsSinceEpoch(1700000000));
         const int firstRequest = service->Requests().size();
 
         Reply outcome;
@@ -339,14 +338,9 @@ private slots:
         const QJsonArray requests = service->Requests(firstRequest);
         QCOMPARE(requests.size(), 1);
         const QJsonObject sent = requests.at(0).toObject();
-        QString line = sent.value("method").toString() + " " + sent.value("target").toString();
         // The clock runs on from the moment it was set.
-        const QRegularExpressionMatch stamp =
-            QRegularExpression(QStringLiteral("timestamp=(\\d+)")).match(line);
-        if (stamp.hasMatch()) {
-            QVERIFY2(stamp.captured(1).toLongLong() - now <= 60, qPrintable(line));
-            line.replace(stamp.capturedStart(1), stamp.capturedLength(1), QStringLiteral("T"));
-        }
+        const QString line = QString(sent.value("method").toString() + " " + sent.value("target").toString())
+                                 .replace(QRegularExpression("timestamp=17000000\\d\\d"), "timestamp=T");
         QCOMPARE(line, QString::fromUtf8(QTest::currentDataTag()));
         const bool authorized = line.contains(QLatin1String("/shop1/")) || line.endsWith("delete_account");
         const QJsonObject headers = sent.value("headers").toObject();
