@@ -50,10 +50,8 @@ bool Covers(QWidget& widget, QColor colour)
 
 QLabel* PictureLabel(QWidget& widget)
 {
-    if (widget.layout() == nullptr || widget.layout()->count() == 0) {
-        return nullptr;
-    }
-    return qobject_cast<QLabel*>(widget.layout()->itemAt(0)->widget());
+    const QLayout* layout = widget.layout();
+    return layout && layout->count() > 0 ? qobject_cast<QLabel*>(layout->itemAt(0)->widget()) : nullptr;
 }
 
 } // namespace
