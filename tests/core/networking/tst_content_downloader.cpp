@@ -314,8 +314,7 @@ private slots:
         downloader->SetDomains({});
         Download({"music/b.mp3"});
         WaitUntilIdle();
-        QVERIFY(service->Requests().isEmpty());
-        QVERIFY(observer->finished.isEmpty());
+        QVERIFY(service->Requests().isEmpty() && observer->finished.isEmpty());
 
         downloader->SetDomains({unknown, "no scheme at all", service->MediaDomain().toStdString()});
         Download({"photo/p.jpg"});

@@ -12,14 +12,6 @@ namespace Auth = Core::DataTypes::Auth;
 namespace Playlists = Core::DataTypes::Playlists;
 using namespace std::string_literals;
 
-namespace QTest {
-template <>
-char* toString(const std::string& text)
-{
-    return qstrdup(text.c_str());
-}
-} // namespace QTest
-
 namespace {
 
 QJsonObject Object(const char* json)

@@ -127,8 +127,7 @@ private slots:
                 {"type": "video", "tracks": {"id": 9}}, {"type": "clip", "tracks": [{"id": 4}]},
                 {"type": "clip", "tracks": [{"id": 6}]}]}})"));
         QCOMPARE(c->version, 0);
-        QVERIFY(c->domains.empty());
-        QVERIFY(c->playlists.empty());
+        QVERIFY(c->domains.empty() && c->playlists.empty());
         QCOMPARE(c->days.size(), std::size_t(1));
         QCOMPARE(c->days[0], (Day{"", "", 0, c->days[0].periods, "", 0}));
         PlaybackPeriod period;

@@ -29,8 +29,7 @@ private:
 private slots:
     void initTestCase()
     {
-        QVERIFY(content.isValid());
-        QVERIFY(QDir(content.path()).mkpath(QStringLiteral("pics")));
+        QVERIFY(content.isValid() && QDir(content.path()).mkpath(QStringLiteral("pics")));
         for (const auto& [name, size, color] : {std::tuple{"square", QSize(100, 100), Qt::red},
                                                 std::tuple{"wide", QSize(200, 100), Qt::blue}}) {
             QImage picture(size, QImage::Format_RGB32);
@@ -58,8 +57,7 @@ private slots:
     // Radius zero makes a circle; otherwise scaled keeping its shape, only corners rounded.
     void picturesAreScaledAndRounded()
     {
-        QLabel circle;
-        QLabel rounded;
+        QLabel circle, rounded;
         circle.resize(50, 50);
         rounded.resize(100, 100);
         PicsLoader::DisplayPic(Url("square.png"), &circle, 0);
@@ -86,10 +84,7 @@ private slots:
         ServiceFault late(QStringLiteral("files/pics/missing.png"), QStringLiteral("delay"), 1);
         late.delayMs = 300;
         QVERIFY2(service->AddFault(late) > 0, qPrintable(service->ErrorString()));
-        QLabel missing;
-        QLabel removed;
-        QLabel garbage;
-        QLabel good;
+        QLabel missing, removed, garbage, good;
         auto gone = std::make_unique<QLabel>();
         good.resize(20, 20);
         PicsLoader::DisplayPic(Url("missing.png"), &missing, 5);

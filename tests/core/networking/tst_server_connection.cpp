@@ -233,7 +233,6 @@ private slots:
         QTest::addColumn<QString>("body");
         QTest::addColumn<QString>("reply");
         QTest::addColumn<Call>("call");
-        // Named by the request line.
         const auto row = [](const char* request, const char* body, const char* reply, const Call& call) {
             QTest::newRow(request) << QString::fromUtf8(body) << QString::fromUtf8(reply) << call;
         };
@@ -562,7 +561,6 @@ private slots:
         consoleLines.clear();
         AddFault(ServiceFault(QStringLiteral("*"), QStringLiteral("close_mid_body"), 1));
         QVERIFY(service->InvalidateTokens(QStringLiteral("shop1")) > 0);
-        // Cut first, refused then.
         for (int i = 0; i < 2; ++i) {
             Reply signOut;
             connection->SignOut(signOut.Done(), signOut.Failure());
