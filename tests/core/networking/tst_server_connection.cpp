@@ -447,6 +447,35 @@ private slots:
         QCOMPARE(listener.calls, heard.isEmpty() ? QStringList() : QStringList{heard});
         QCOMPARE(version.failures, 1);
         QCOMPARE(version.error->IsWrongTokenError(), condition == QLatin1String("tokens"));
+        if (connectionGone) {
+            return;
+        }
+        // A listener taken away is never called again: the screen that set it may be gone.
+        asking->SetUnathorizedErrorListener(nullptr);
+        asking->SetObjectExportedErrorListener(nullptr);
+        Reply again;
+        asking->PlaybackConfigurationVersion(Ok(again), again.Failure());
+        WAIT_FOR(again);
+        QCOMPARE(again.failures, 1);
+        QCOMPARE(listener.calls.size(), 1);
+    }
+
+    // A slow answer holds up no other request: the player asks several things at once.
+    void requestsInFlightAnswerInTheOrderTheyFinish()
+    {
+        ServiceFault slow(QStringLiteral("playback/version"), QStringLiteral("delay"), 1);
+        slow.delayMs = 500;
+        AddFault(slow);
+        QStringList order;
+        const auto note = [&order](const char* what) {
+            return [&order, what](const auto&...) {
+                order << what;
+            };
+        };
+        connection->PlaybackConfigurationVersion(note("version"), note("version failed"));
+        connection->LoadPlaylistsSettings(note("settings"), note("settings failed"));
+        QTRY_COMPARE_WITH_TIMEOUT(order.size(), 2, Tests::Timeouts::Process);
+        QCOMPARE(order, (QStringList{QStringLiteral("settings"), QStringLiteral("version")}));
     }
 
     // A host lookup, answered later; without a server every request fails so, unsent.
