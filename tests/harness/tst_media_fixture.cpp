@@ -1,14 +1,10 @@
 #include "tests/support/pcm_analysis.h"
 #include "tests/support/test_media.h"
 
-#include <QFileInfo>
 #include <QImage>
-#include <QProcess>
-#include <QtTest>
 
 // The generated media are what every playback test stands on: the tones must be
-// distinct and as long as the tests assume, the video must carry picture and
-// sound, and the broken files must really be broken.
+// distinct and as long as the tests assume, and the broken files really broken.
 class MediaFixtureTest : public QObject
 {
     Q_OBJECT
@@ -48,37 +44,14 @@ private slots:
         QCOMPARE(Tests::PcmAnalysis::SecondsDominatedBy(samples, frequency, allTones), seconds);
     }
 
-    void videoHasPictureAndSound()
+    void photosHaveBothOrientationsAndBrokenFilesAreBroken()
     {
-        QProcess probe;
-        probe.start(QStringLiteral("ffprobe"),
-                    {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-show_entries"),
-                     QStringLiteral("stream=codec_type"), QStringLiteral("-of"), QStringLiteral("csv=p=0"),
-                     Tests::TestMedia::Path(QStringLiteral("video.mp4"))});
-        QVERIFY2(probe.waitForFinished(10000) && probe.exitCode() == 0, "ffprobe failed");
-        QStringList kinds = QString::fromUtf8(probe.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
-        kinds.sort();
-        QCOMPARE(kinds, QStringList({QStringLiteral("audio"), QStringLiteral("video")}));
-    }
-
-    void photosHaveBothOrientations()
-    {
-        const QImage landscape(Tests::TestMedia::Path(QStringLiteral("photo_landscape.jpg")));
-        const QImage portrait(Tests::TestMedia::Path(QStringLiteral("photo_portrait.jpg")));
-        QCOMPARE(landscape.size(), QSize(640, 360));
-        QCOMPARE(portrait.size(), QSize(360, 640));
-    }
-
-    void brokenFilesAreBroken()
-    {
+        QCOMPARE(QImage(Tests::TestMedia::Path(QStringLiteral("photo_landscape.jpg"))).size(),
+                 QSize(640, 360));
+        QCOMPARE(QImage(Tests::TestMedia::Path(QStringLiteral("photo_portrait.jpg"))).size(),
+                 QSize(360, 640));
         QVERIFY(QImage(Tests::TestMedia::Path(QStringLiteral("broken.jpg"))).isNull());
         QCOMPARE(QFileInfo(Tests::TestMedia::Path(QStringLiteral("empty.mp3"))).size(), qint64(0));
-        const QString truncated = Tests::TestMedia::Path(QStringLiteral("truncated.mp3"));
-        QVERIFY(QFileInfo(truncated).size() <
-                QFileInfo(Tests::TestMedia::Path(QStringLiteral("music_a.mp3"))).size());
-        const auto samples = Tests::PcmAnalysis::DecodeFile(truncated);
-        QVERIFY2(samples.size() < static_cast<std::size_t>(Tests::PcmAnalysis::SampleRate),
-                 "a truncated file must hold well under a second of sound");
     }
 };
 

@@ -3,13 +3,9 @@
 #include "tests/support/test_media.h"
 #include "tests/support/test_timeouts.h"
 
-#include <QProcess>
-#include <QTemporaryDir>
-#include <QtTest>
-
 // The private sound server with its two null sinks is how the playback tests hear
-// what the player did: prove that both sinks exist, that sound sent to one is heard
-// on its monitor and not on the other, and that it plays out in real time.
+// what the player did: sound sent to one sink is heard on its monitor and not on the
+// other, and plays out in real time.
 class SoundFixtureTest : public QObject
 {
     Q_OBJECT
@@ -20,28 +16,16 @@ private slots:
         QVERIFY2(!qEnvironmentVariableIsEmpty("PULSE_SERVER"), "register the test with NEEDS sound");
     }
 
-    void bothNullSinksAreOffered()
-    {
-        QProcess pactl;
-        pactl.start(QStringLiteral("pactl"),
-                    {QStringLiteral("list"), QStringLiteral("short"), QStringLiteral("sinks")});
-        QVERIFY2(pactl.waitForFinished(Tests::Timeouts::Process) && pactl.exitCode() == 0,
-                 pactl.readAllStandardError().constData());
-        const QString sinks = QString::fromUtf8(pactl.readAllStandardOutput());
-        QVERIFY2(sinks.contains(qEnvironmentVariable("ZELMAR_TEST_SINK_A")), qPrintable(sinks));
-        QVERIFY2(sinks.contains(qEnvironmentVariable("ZELMAR_TEST_SINK_B")), qPrintable(sinks));
-    }
-
     void soundPlayedOnOneSinkIsHeardOnlyThere()
     {
         // paplay speaks WAV, so the tone is decoded once into a temporary file.
         QTemporaryDir directory;
         const QString wav = directory.filePath(QStringLiteral("music_a.wav"));
-        QCOMPARE(QProcess::execute(QStringLiteral("ffmpeg"),
+        QVERIFY2(QProcess::execute(QStringLiteral("ffmpeg"),
                                    {QStringLiteral("-nostdin"), QStringLiteral("-loglevel"),
                                     QStringLiteral("error"), QStringLiteral("-i"),
-                                    Tests::TestMedia::Path(QStringLiteral("music_a.mp3")), wav}),
-                 0);
+                                    Tests::TestMedia::Path(QStringLiteral("music_a.mp3")), wav}) == 0,
+                 "ffmpeg failed (run scripts/install-deps)");
 
         const QString sinkA = qEnvironmentVariable("ZELMAR_TEST_SINK_A");
         Tests::SinkRecorder onA(sinkA);

@@ -6,7 +6,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QtGlobal>
 
 namespace Tests {
 
@@ -24,31 +23,16 @@ Track PlaybackTestTracks::Make(int id, ContentType type, const QString& fileName
     return track;
 }
 
-bool PlaybackTestTracks::Install(const Track& track, const QString& mediaName)
-{
-    const QString source = TestMedia::Path(mediaName);
-    if (source.isEmpty()) {
-        return false;
-    }
-    const QString target =
-        QString::fromStdString(Core::ContentPlaying::ContentFilesHelper::FilenameForTrack(track));
-    if (!QDir().mkpath(QFileInfo(target).absolutePath())) {
-        qWarning("cannot make the cache folder of %s", qUtf8Printable(target));
-        return false;
-    }
-    QFile::remove(target);
-    if (!QFile::copy(source, target)) {
-        qWarning("cannot copy %s to %s", qUtf8Printable(source), qUtf8Printable(target));
-        return false;
-    }
-    return true;
-}
-
 Track PlaybackTestTracks::Cached(int id, ContentType type, const QString& mediaName, const QString& title)
 {
     const Track track = Make(id, type, mediaName, title);
-    if (!Install(track, mediaName)) {
-        qWarning("test track %d has no file", id);
+    const QString source = TestMedia::Path(mediaName);
+    const QString target =
+        QString::fromStdString(Core::ContentPlaying::ContentFilesHelper::FilenameForTrack(track));
+    QFile::remove(target);
+    if (source.isEmpty() || !QDir().mkpath(QFileInfo(target).absolutePath()) ||
+        !QFile::copy(source, target)) {
+        qWarning("cannot copy %s to %s", qUtf8Printable(source), qUtf8Printable(target));
     }
     return track;
 }

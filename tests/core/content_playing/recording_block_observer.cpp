@@ -15,10 +15,7 @@ void RecordingBlockObserver::BlockDidChangeProgress(Core::ContentPlaying::Abstra
     progress.push_back({value, durationSeconds});
 }
 
-void RecordingBlockObserver::BlockDoesntPlayNextTrack(Core::ContentPlaying::AbstractContentBlock&)
-{
-    ++doesntPlayNext;
-}
+void RecordingBlockObserver::BlockDoesntPlayNextTrack(Core::ContentPlaying::AbstractContentBlock&) {}
 
 std::vector<std::int32_t> RecordingBlockObserver::StartedIds() const
 {

@@ -7,7 +7,7 @@
 
 namespace Tests {
 
-// Writes down everything a content block reports.
+// Writes down the tracks a content block starts and the progress it reports.
 class RecordingBlockObserver : public Core::ContentPlaying::PlayableBlockObserver
 {
 public:
@@ -34,7 +34,6 @@ public:
 
     std::vector<Start> starts;
     std::vector<Progress> progress;
-    int doesntPlayNext = 0;
 };
 
 } // namespace Tests

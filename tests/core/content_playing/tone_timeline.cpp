@@ -9,12 +9,8 @@ namespace Tests {
 
 namespace {
 
-// libvlc nudges its playback rate to keep in step with the sound server's clock,
-// which moves a tone by a few tenths of a percent: each short window is searched
-// within ±2 % of the frequency.
 constexpr double Drift = 0.02;
 constexpr int DriftSteps = 4;
-constexpr double LevelWindow = 0.1;
 
 double DriftTolerantLevel(const std::vector<std::int16_t>& samples, double frequency, double from, double to)
 {
@@ -24,6 +20,11 @@ double DriftTolerantLevel(const std::vector<std::int16_t>& samples, double frequ
         level = std::max(level, PcmAnalysis::ToneLevel(samples, shifted, from, to));
     }
     return level;
+}
+
+double Seconds(const std::vector<std::int16_t>& samples)
+{
+    return static_cast<double>(samples.size()) / PcmAnalysis::SampleRate;
 }
 
 } // namespace
@@ -55,12 +56,10 @@ double ToneTimeline::LastHeard(const std::vector<std::int16_t>& samples, double 
 double ToneTimeline::Level(const std::vector<std::int16_t>& samples, double frequency, double fromSeconds,
                            double toSeconds)
 {
-    // The root mean square of the levels of short windows, each found within the
-    // drift.
     double sum = 0.0;
     int windows = 0;
-    for (double at = fromSeconds; at + LevelWindow <= toSeconds + 1e-9; at += LevelWindow) {
-        const double level = DriftTolerantLevel(samples, frequency, at, at + LevelWindow);
+    for (double at = fromSeconds; at + Window <= toSeconds + 1e-9; at += Window) {
+        const double level = DriftTolerantLevel(samples, frequency, at, at + Window);
         sum += level * level;
         ++windows;
     }
@@ -75,11 +74,6 @@ double ToneTimeline::Loudest(const std::vector<std::int16_t>& samples, double fr
         loudest = std::max(loudest, DriftTolerantLevel(samples, frequency, at, at + Window));
     }
     return loudest;
-}
-
-double ToneTimeline::Seconds(const std::vector<std::int16_t>& samples)
-{
-    return static_cast<double>(samples.size()) / PcmAnalysis::SampleRate;
 }
 
 } // namespace Tests

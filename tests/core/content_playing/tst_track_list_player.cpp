@@ -1,8 +1,8 @@
 #include "core/content_playing/track_list_player.h"
+#include "core/content_playing/track_list_player_observer.h"
 #include "core/settings.h"
 #include "core/vendor/vlc_wrapper.h"
 #include "tests/core/content_playing/playback_test_tracks.h"
-#include "tests/core/content_playing/recording_track_list_observer.h"
 #include "tests/core/content_playing/tone_timeline.h"
 #include "tests/core/content_playing/two_sink_listener.h"
 #include "tests/support/event_log.h"
@@ -11,17 +11,12 @@
 #include "tests/support/test_media.h"
 #include "tests/support/test_timeouts.h"
 
-#include <QtTest>
-
-#include <memory>
-
 using Core::Settings;
 using Core::ContentPlaying::TrackListPlayer;
 using Core::DataTypes::Playback::ContentType;
 using Core::DataTypes::Playback::Track;
 using Core::Vendor::VlcWrapper;
 using Tests::EventLog;
-using Tests::PlaybackTestTracks;
 using Tests::ToneTimeline;
 
 namespace {
@@ -33,16 +28,15 @@ constexpr double Heard = 0.01;
 constexpr double NotHeard = 0.002;
 // Audible at all: the fades pass through levels far below a full tone.
 constexpr double Faint = 0.004;
-constexpr int CrossfadeSeconds = 3;
 
 Track Music(int id, const QString& media, const QString& title = QString())
 {
-    return PlaybackTestTracks::Cached(id, ContentType::Music, media, title);
+    return Tests::PlaybackTestTracks::Cached(id, ContentType::Music, media, title);
 }
 
 Track Missing(int id)
 {
-    return PlaybackTestTracks::Make(id, ContentType::Music, QStringLiteral("missing_%1.mp3").arg(id));
+    return Tests::PlaybackTestTracks::Make(id, ContentType::Music, QStringLiteral("missing_%1.mp3").arg(id));
 }
 
 QString Describe(double level, double reference)
@@ -50,14 +44,69 @@ QString Describe(double level, double reference)
     return QStringLiteral("%1 against %2").arg(level, 0, 'f', 4).arg(reference, 0, 'f', 4);
 }
 
+// Writes down what the player reports, with when it came.
+class Observer : public Core::ContentPlaying::TrackListPlayerObserver
+{
+public:
+    struct Start
+    {
+        std::int32_t trackId;
+        bool resumed;
+        qint64 atMs;
+    };
+    struct Progress
+    {
+        double durationSeconds;
+        double progress;
+        qint64 atMs;
+    };
+
+    Observer()
+    {
+        clock.start();
+    }
+    void TrackListPlayerDidStartPlayingTrack(const Track& track, bool resumed) override
+    {
+        starts.push_back({track.id, resumed, clock.elapsed()});
+    }
+    void TrackListPlayerDidChangeProgress(double durationSeconds, double value) override
+    {
+        progress.push_back({durationSeconds, value, clock.elapsed()});
+    }
+    void TrackListPlayerDidFinishTrackList() override
+    {
+        ++finished;
+    }
+    void TrackListPlayerDidFailWithError() override {}
+    void TrackListPlayerDoesntPlayNextTrack() override
+    {
+        ++doesntPlayNext;
+    }
+    std::vector<std::int32_t> StartedIds() const
+    {
+        std::vector<std::int32_t> ids;
+        for (const auto& start : starts) {
+            ids.push_back(start.trackId);
+        }
+        return ids;
+    }
+    int StartCount() const
+    {
+        return static_cast<int>(starts.size());
+    }
+
+    std::vector<Start> starts;
+    std::vector<Progress> progress;
+    int finished = 0;
+    int doesntPlayNext = 0;
+    QElapsedTimer clock;
+};
+
 } // namespace
 
-// A list of tracks played from the content cache on real libvlc and heard on the
-// test sound server: order, looping, the end of a list, files that are missing or
-// cannot be played, pause, stop, the volume and mute rules, the equaliser and
-// crossfades. libvlc into a null sink now and then loses sound near the start of a
-// file: levels are judged well into a file or in the loudest windows, and times by
-// order, with the start of playback as the only fixed point.
+// A list of tracks played from the content cache on real libvlc and heard on the test
+// sound server. libvlc into a null sink now and then loses sound near the start of a
+// file: levels are judged in the loudest windows or well into a file, times by order.
 class TrackListPlayerTest : public QObject
 {
     Q_OBJECT
@@ -65,22 +114,16 @@ class TrackListPlayerTest : public QObject
 private slots:
     void initTestCase()
     {
-        QVERIFY2(!qEnvironmentVariableIsEmpty("PULSE_SERVER"), "register the test with NEEDS sound");
         // One recording for the whole run: every case listens from where it starts.
         listener = std::make_unique<Tests::TwoSinkListener>();
         QVERIFY2(listener->Start(), qPrintable(listener->ErrorString()));
-    }
-
-    void cleanupTestCase()
-    {
-        listener.reset();
     }
 
     void init()
     {
         dataDirectory = std::make_unique<Tests::TestDataDirectory>();
         QVERIFY(dataDirectory->IsValid());
-        observer = std::make_unique<Tests::RecordingTrackListObserver>();
+        observer = std::make_unique<Observer>();
         // The previous case's player may still be heard for a moment after it went.
         QVERIFY(listener->WaitUntilRecorded(listener->SecondsRecorded() + 0.3, Tests::Timeouts::Playback));
         QVERIFY(QTest::qWaitFor(
@@ -89,8 +132,7 @@ private slots:
                 return Tests::PcmAnalysis::Rms(listener->A(), now - 0.3, now) < NotHeard;
             },
             Tests::Timeouts::Playback));
-        // Used by the players made to crossfade.
-        Settings::SetCrossfadeIntervalSeconds(CrossfadeSeconds);
+        Settings::SetCrossfadeIntervalSeconds(3);
     }
 
     void cleanup()
@@ -103,69 +145,58 @@ private slots:
         dataDirectory.reset();
     }
 
-    void indexSearchPassesOverTracksWithoutFiles()
+    void nothingToPlayWithoutFiles()
     {
-        TrackListPlayer player({Missing(1), Music(2, QStringLiteral("short_a.mp3")), Missing(3),
-                                Music(4, QStringLiteral("short_b.mp3"))},
-                               100, observer.get(), false, true);
-        QCOMPARE(player.FindNextIndex(0), 1);
-        QCOMPARE(player.FindNextIndex(1), 1);
-        QCOMPARE(player.FindNextIndex(2), 3);
-        QCOMPARE(player.FindNextIndex(4), 1);
-        QCOMPARE(player.FindNextIndex(-1), 3);
-        QCOMPARE(player.FindPreviousIndex(0), 3);
-        QCOMPARE(player.FindPreviousIndex(2), 1);
-        QCOMPARE(player.FindPreviousIndex(-1), 3);
-        QVERIFY(player.DownloadedTrackExist());
+        TrackListPlayer player({Missing(1), Missing(2)}, 100, observer.get(), false, true);
+        QCOMPARE(player.FindNextIndex(0), -1);
+        QCOMPARE(player.FindPreviousIndex(0), -1);
+        QVERIFY(!player.DownloadedTrackExist());
         QVERIFY(!player.CurrentTrackIsVideo());
-
-        TrackListPlayer nothingDownloaded({Missing(5), Missing(6)}, 100, observer.get(), false, true);
-        QCOMPARE(nothingDownloaded.FindNextIndex(0), -1);
-        QCOMPARE(nothingDownloaded.FindPreviousIndex(0), -1);
-        QVERIFY(!nothingDownloaded.DownloadedTrackExist());
-        QVERIFY(!TrackListPlayer({}, 100, observer.get(), false, true).DownloadedTrackExist());
-
-        // Before Start(), moving through the list plays nothing.
+        // Nor, before Start(), does moving through the list play anything.
         player.GoToNextTrack();
         player.GoToPreviousTrack();
-        player.PlayTrack(4);
+        player.PlayTrack(1);
         QCOMPARE(observer->StartCount(), 0);
     }
 
-    void playsTheListInOrderAndLoops()
+    void playsInOrderAndLoopsWithoutCrossfadingShortTracks()
     {
         const double from = listener->SecondsRecorded();
         TrackListPlayer player({Missing(1), Music(2, QStringLiteral("short_a.mp3"), QStringLiteral("Первый")),
-                                Music(3, QStringLiteral("short_b.mp3"), QStringLiteral("Второй"))},
-                               100, observer.get(), false, true);
+                                Music(3, QStringLiteral("short_b.mp3"))},
+                               100, observer.get(), true, true);
         player.Start();
         QTRY_VERIFY_WITH_TIMEOUT(observer->StartCount() >= 3, Tests::Timeouts::Playback);
         QVERIFY(WaitUntilHeard(ToneA));
+        QVERIFY(listener->WaitUntilRecorded(listener->SecondsRecorded() + 0.5, Tests::Timeouts::Playback));
         player.Stop();
+        const double to = listener->SecondsRecorded();
         QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{2, 3, 2}));
-        QVERIFY(std::none_of(observer->starts.begin(), observer->starts.end(),
-                             [](auto start) { return start.resumed; }));
         QCOMPARE(observer->finished, 0);
+        QCOMPARE(EventLog::Count(QStringLiteral(" Начато воспроизведение трека:\n\tПервый-Тест 2 music")), 2);
 
-        // Heard in that order: A, then B, then A again. Where B is first heard
-        // depends on how much of its start reached the sink; A's first playback has
-        // ended by then, so any A a moment later is the list starting again.
         const double firstA = ToneTimeline::FirstHeard(listener->A(), ToneA, Heard, from);
         const double firstB = ToneTimeline::FirstHeard(listener->A(), ToneB, Heard, from);
-        QVERIFY2(firstA >= 0 && firstB > firstA,
-                 qPrintable(QStringLiteral("A at %1, B at %2").arg(firstA).arg(firstB)));
-        QVERIFY2(ToneTimeline::FirstHeard(listener->A(), ToneA, Heard, firstB + 0.2) > firstB,
-                 "the list did not start again after its last track");
-        QCOMPARE(EventLog::Count(QStringLiteral(" Начато воспроизведение трека:\n\tПервый-Тест 2 music")), 2);
+        const double lastB = ToneTimeline::LastHeard(listener->A(), ToneB, Heard);
+        QVERIFY2(firstA >= 0 && firstB > firstA &&
+                     ToneTimeline::FirstHeard(listener->A(), ToneA, Heard, lastB) > 0,
+                 qPrintable(QStringLiteral("A at %1, B from %2 to %3").arg(firstA).arg(firstB).arg(lastB)));
+        // Shorter than the crossfade interval: one after the other, and each at full
+        // volume at once, where a fade-in over the interval would keep it far below.
+        const int together = TogetherWindows(from, to, NotHeard);
+        QVERIFY2(together <= 2, qPrintable(QStringLiteral("%1 tenths of a second together").arg(together)));
+        const double a = ToneTimeline::Loudest(listener->A(), ToneA, from, to);
+        const double b = ToneTimeline::Loudest(listener->A(), ToneB, from, to);
+        QVERIFY2(b > a * 0.85, qPrintable(Describe(b, a)));
     }
 
-    void unplayableFilesAreSkippedWithLogLines()
+    void unplayableFilesAreSkippedAndTheLastTrackPlaysOutWithoutAFade()
     {
         const double from = listener->SecondsRecorded();
         TrackListPlayer player({Music(1, QStringLiteral("broken.mp3"), QStringLiteral("Шум")),
                                 Music(2, QStringLiteral("empty.mp3"), QStringLiteral("Пусто")),
-                                Music(3, QStringLiteral("short_a.mp3"))},
-                               100, observer.get(), false, false);
+                                Music(3, QStringLiteral("medium_a.mp3"))},
+                               100, observer.get(), true, false);
         player.Start();
         QTRY_COMPARE_WITH_TIMEOUT(observer->finished, 1, Tests::Timeouts::Playback);
         // The end of a list that does not loop is told once, and it stays quiet.
@@ -173,14 +204,18 @@ private slots:
         QVERIFY(listener->WaitUntilRecorded(finishedAt + 0.8, Tests::Timeouts::Playback));
         QCOMPARE(observer->finished, 1);
         QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 2, 3}));
-        QCOMPARE(observer->failed, 0);
-        QVERIFY(ToneTimeline::FirstHeard(listener->A(), ToneA, Heard, from) >= 0);
         QVERIFY(ToneTimeline::Level(listener->A(), ToneA, finishedAt + 0.3, finishedAt + 0.8) < NotHeard);
-
         QCOMPARE(EventLog::Count(QStringLiteral("Ошибка воспроизведения файла Шум")), 1);
         QCOMPARE(EventLog::Count(QStringLiteral("Ошибка воспроизведения файла Пусто")), 1);
         QCOMPARE(EventLog::Count(QStringLiteral("Переход к следующему файлу после ошибки")), 2);
-        QVERIFY(!EventLog::Text().contains(QStringLiteral("Ошибка воспроизведения файла short_a.mp3")));
+        QVERIFY(!EventLog::Text().contains(QStringLiteral("Ошибка воспроизведения файла medium_a.mp3")));
+
+        // With nothing to crossfade into, its last second is as loud as the loudest
+        // before: a fade-out would have brought it below half.
+        const double lastA = ToneTimeline::LastHeard(listener->A(), ToneA, NotHeard);
+        const double whole = ToneTimeline::Loudest(listener->A(), ToneA, from, lastA);
+        const double late = ToneTimeline::Loudest(listener->A(), ToneA, lastA - 1.0, lastA);
+        QVERIFY2(whole > Heard && late > whole * 0.85, qPrintable(Describe(late, whole)));
     }
 
     void aListThatCannotPlayStopsQuietly_data()
@@ -216,18 +251,15 @@ private slots:
         TrackListPlayer player(tracks, 100, observer.get(), false, true);
         player.Start();
         QTRY_COMPARE_WITH_TIMEOUT(EventLog::Count(entry), entry.isEmpty() ? 0 : 1, Tests::Timeouts::Playback);
-        // Then it stays where it stopped, silent, and says so once (a list with
-        // no file at all says nothing).
+        // Then it stays silent and says so once (a list without files says nothing).
         const double stoppedAt = listener->SecondsRecorded();
         QVERIFY(listener->WaitUntilRecorded(stoppedAt + 1.0, Tests::Timeouts::Playback));
         QCOMPARE(observer->StartCount(), starts);
         QCOMPARE(observer->finished, 0);
-        QCOMPARE(observer->failed, 0);
         QVERIFY(Tests::PcmAnalysis::Rms(listener->A(), from, stoppedAt + 1.0) < NotHeard);
         QCOMPARE(EventLog::Count(entry), entry.isEmpty() ? 0 : 1);
         QVERIFY(!entry.isEmpty() || EventLog::Entries().isEmpty());
 
-        // Starting again tries the list once more.
         player.Start();
         QTRY_COMPARE_WITH_TIMEOUT(observer->StartCount(), 2 * starts, Tests::Timeouts::Playback);
     }
@@ -240,13 +272,6 @@ private slots:
         player.Start();
         QTRY_VERIFY_WITH_TIMEOUT(observer->progress.size() >= 4, Tests::Timeouts::Playback);
         QVERIFY(WaitUntilHeard(ToneA));
-        // Duration in seconds and the position as a fraction, rising.
-        for (std::size_t i = 0; i < observer->progress.size(); ++i) {
-            QVERIFY(std::abs(observer->progress[i].durationSeconds - 8.07) < 0.1);
-            QVERIFY(observer->progress[i].progress >= 0 && observer->progress[i].progress < 1);
-            QVERIFY(i == 0 || observer->progress[i].progress >= observer->progress[i - 1].progress);
-        }
-
         const double pausedAt = observer->progress.back().progress;
         player.Pause();
         QVERIFY(WaitUntilSilent(ToneA));
@@ -256,7 +281,6 @@ private slots:
         QVERIFY(observer->starts.back().resumed);
         QVERIFY(WaitUntilHeard(ToneA));
         QTRY_VERIFY_WITH_TIMEOUT(observer->progress.size() > progressWhilePaused, Tests::Timeouts::Quick);
-        // Resumed where it paused, not from the start.
         QVERIFY2(observer->progress.back().progress >= pausedAt,
                  qPrintable(QStringLiteral("%1 after pausing at %2")
                                 .arg(observer->progress.back().progress)
@@ -279,8 +303,6 @@ private slots:
 
     void volumeAndMuteRules()
     {
-        // Measured well into the tone, where no sound is lost on the way to the
-        // sink: a muted start covers the first seconds.
         TrackListPlayer player({Music(1, QStringLiteral("music_a.mp3"))}, 100, observer.get(), false, true);
         player.SetMuted(true);
         player.Start();
@@ -300,76 +322,22 @@ private slots:
         player.SetMuted(false);
         QVERIFY(WaitUntilHeard(ToneA));
         const double lower = LoudestOver(ToneA, 0.5);
-        QVERIFY2(lower < full * 0.7 && lower > NotHeard,
-                 qPrintable(QStringLiteral("%1 / %2").arg(lower).arg(full)));
+        QVERIFY2(lower < full * 0.7 && lower > NotHeard, qPrintable(Describe(lower, full)));
         // Unmuted, a volume change is heard at once.
         player.SetVolume(100);
         double restored = -1;
         QVERIFY2(listener->WaitForToneLevel(
                      ToneA, [&](double level) { return level > full * 0.8; }, 0.3, Tests::Timeouts::Playback,
                      &restored),
-                 qPrintable(QStringLiteral("%1 / %2").arg(restored).arg(full)));
+                 qPrintable(Describe(restored, full)));
     }
 
-    void nextPreviousAndChosenTrack()
+    void theEqualiserAndMovingThroughTheList()
     {
         TrackListPlayer player({Music(1, QStringLiteral("music_a.mp3")),
                                 Music(2, QStringLiteral("music_b.mp3")),
                                 Music(3, QStringLiteral("music_c.mp3")), Missing(4)},
                                100, observer.get(), false, true);
-        player.Start();
-        QTRY_COMPARE_WITH_TIMEOUT(observer->StartCount(), 1, Tests::Timeouts::Playback);
-        player.GoToNextTrack();
-        QVERIFY(WaitUntilHeard(ToneB));
-        player.GoToPreviousTrack();
-        QVERIFY(WaitUntilHeard(ToneA));
-        // Back from the first wraps to the last playable one.
-        player.GoToPreviousTrack();
-        QVERIFY(WaitUntilHeard(ToneC));
-        player.PlayTrack(2);
-        QVERIFY(WaitUntilHeard(ToneB));
-        // The current track, a track without a file and an unknown id are ignored.
-        player.PlayTrack(2);
-        player.PlayTrack(4);
-        player.PlayTrack(99);
-        QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 2, 1, 3, 2}));
-        QVERIFY(LoudestOver(ToneA, 0.5) < NotHeard);
-    }
-
-    void dontPlayNextTrackEndsAfterTheCurrentOne_data()
-    {
-        QTest::addColumn<bool>("crossfade");
-        QTest::newRow("one after the other") << false;
-        // A fade-in of the next track would start before the current one ends.
-        QTest::newRow("crossfading") << true;
-    }
-
-    void dontPlayNextTrackEndsAfterTheCurrentOne()
-    {
-        QFETCH(bool, crossfade);
-        const double from = listener->SecondsRecorded();
-        TrackListPlayer player(
-            {Music(1, QStringLiteral("medium_a.mp3")), Music(2, QStringLiteral("short_b.mp3"))}, 100,
-            observer.get(), crossfade, true);
-        player.Start();
-        player.SetDontPlayNextTrack(true);
-        QTRY_COMPARE_WITH_TIMEOUT(observer->doesntPlayNext, 1, Tests::Timeouts::Playback);
-        QVERIFY(listener->WaitUntilRecorded(listener->SecondsRecorded() + 0.5, Tests::Timeouts::Playback));
-        QVERIFY(ToneTimeline::FirstHeard(listener->A(), ToneB, NotHeard, from) < 0);
-        QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1}));
-
-        // Start() clears the flag and goes on with the next track.
-        player.Start();
-        QTRY_COMPARE_WITH_TIMEOUT(observer->StartCount(), 2, Tests::Timeouts::Playback);
-        QCOMPARE(observer->starts.back().trackId, 2);
-        QVERIFY(WaitUntilHeard(ToneB));
-    }
-
-    void theSettingsEqualiserIsAppliedAndRemovedPerTrack()
-    {
-        TrackListPlayer player(
-            {Music(1, QStringLiteral("music_a.mp3")), Music(2, QStringLiteral("music_b.mp3"))}, 100,
-            observer.get(), false, true);
         player.Start();
         WaitUntilPlayedFor(0.25);
         QVERIFY(WaitUntilHeard(ToneA));
@@ -384,9 +352,8 @@ private slots:
         player.GoToNextTrack();
         WaitUntilPlayedFor(0.25);
         const double equalised = LoudestOver(ToneB, 1.0, 0);
-        QVERIFY2(equalised < plain * 0.2, qPrintable(QStringLiteral("%1 / %2").arg(equalised).arg(plain)));
+        QVERIFY2(equalised < plain * 0.2, qPrintable(Describe(equalised, plain)));
 
-        // Switched off, the same libvlc player sounds plain again.
         Settings::SetUseEqualizer(false);
         player.GoToPreviousTrack();
         WaitUntilPlayedFor(0.25);
@@ -394,17 +361,47 @@ private slots:
         QVERIFY2(listener->WaitForToneLevel(
                      ToneA, [&](double level) { return level > plain * 0.7; }, 0.3, Tests::Timeouts::Playback,
                      &restored),
-                 qPrintable(QStringLiteral("%1 / %2").arg(restored).arg(plain)));
-        QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 2, 1}));
+                 qPrintable(Describe(restored, plain)));
+
+        // Back from the first wraps to the last playable one.
+        player.GoToPreviousTrack();
+        QVERIFY(WaitUntilHeard(ToneC));
+        player.PlayTrack(2);
+        QVERIFY(WaitUntilHeard(ToneB));
+        // The current track, a track without a file and an unknown id are ignored.
+        player.PlayTrack(2);
+        player.PlayTrack(4);
+        player.PlayTrack(99);
+        QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 2, 1, 3, 2}));
+        QVERIFY(LoudestOver(ToneA, 0.5) < NotHeard);
+    }
+
+    void dontPlayNextTrackEndsAfterTheCurrentOne()
+    {
+        // Crossfading, where a fade-in of the next track would begin before the end.
+        const double from = listener->SecondsRecorded();
+        TrackListPlayer player(
+            {Music(1, QStringLiteral("medium_a.mp3")), Music(2, QStringLiteral("short_b.mp3"))}, 100,
+            observer.get(), true, true);
+        player.Start();
+        player.SetDontPlayNextTrack(true);
+        QTRY_COMPARE_WITH_TIMEOUT(observer->doesntPlayNext, 1, Tests::Timeouts::Playback);
+        QVERIFY(listener->WaitUntilRecorded(listener->SecondsRecorded() + 0.5, Tests::Timeouts::Playback));
+        QVERIFY(ToneTimeline::FirstHeard(listener->A(), ToneB, NotHeard, from) < 0);
+        QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1}));
+
+        player.Start();
+        QTRY_COMPARE_WITH_TIMEOUT(observer->StartCount(), 2, Tests::Timeouts::Playback);
+        QCOMPARE(observer->starts.back().trackId, 2);
+        QVERIFY(WaitUntilHeard(ToneB));
     }
 
     void crossfadeBetweenTwoTracks()
     {
-        // With a 3 s interval, on 8 s tones: the next track fades in 3 s before the
-        // end, the playing one fades out from 2.25 s before its end, and the players
-        // swap when the first ends.
+        // A 3 s interval on 8 s tones: the next track fades in 3 s before the end, the
+        // playing one fades out from 2.25 s before its end, and they swap at its end.
         const double from = listener->SecondsRecorded();
-        TrackListPlayer player({Music(1, QStringLiteral("music_a.mp3"), QStringLiteral("Первый")),
+        TrackListPlayer player({Music(1, QStringLiteral("music_a.mp3")),
                                 Music(2, QStringLiteral("music_b.mp3"), QStringLiteral("Второй"))},
                                100, observer.get(), true, true);
         player.Start();
@@ -415,17 +412,14 @@ private slots:
         QVERIFY(listener->WaitUntilRecorded(listener->SecondsRecorded() + 2.0, Tests::Timeouts::Playback));
         player.Stop();
 
-        // Played from `from` on, after opening the file: the first track sounds
-        // at full volume 3 to 5 s in, the fade-in has not begun.
+        // The first at full volume 3 to 5 s in, before anything of the second.
         const auto& sound = listener->A();
         const double full = ToneTimeline::Loudest(sound, ToneA, from + 3.0, from + 4.8);
         QVERIFY2(full > 0.02, qPrintable(QString::number(full)));
-        // Nothing of the second track until I seconds before the end of the first.
         const double nextHeard = ToneTimeline::FirstHeard(sound, ToneB, NotHeard, from);
         QVERIFY2(nextHeard - from >= 4.8, qPrintable(QString::number(nextHeard - from)));
-        // Then the first goes down while the second rises: both together for some
-        // tenths of a second, the first well below full before its end, and the
-        // second at full once the first has ended.
+        // Both together for a while, the first dipping 0.75 × the interval before its
+        // end and well below full at it, then the second at full.
         const int together = TogetherWindows(nextHeard, nextHeard + 4.0, Faint);
         QVERIFY2(together >= 3, qPrintable(QStringLiteral("%1 tenths of a second together").arg(together)));
         const double lastA = ToneTimeline::LastHeard(sound, ToneA, NotHeard);
@@ -433,18 +427,17 @@ private slots:
         for (double at = from + 4.0; at < lastA && dipped < 0; at += ToneTimeline::Window) {
             dipped = ToneTimeline::Level(sound, ToneA, at, at + ToneTimeline::Window) < full * 0.85 ? at : -1;
         }
-        // The fade-out begins 0.75 × I before the end, not with the fade-in.
         QVERIFY2(
             dipped - from >= 5.6 && dipped <= lastA - 1.5,
             qPrintable(QStringLiteral("dipped at %1 s, ended at %2 s").arg(dipped - from).arg(lastA - from)));
-        QVERIFY2(ToneTimeline::Loudest(sound, ToneA, lastA - 0.5, lastA) < full * 0.5,
-                 qPrintable(Describe(ToneTimeline::Loudest(sound, ToneA, lastA - 0.5, lastA), full)));
+        const double endOfA = ToneTimeline::Loudest(sound, ToneA, lastA - 0.5, lastA);
+        QVERIFY2(endOfA < full * 0.5, qPrintable(Describe(endOfA, full)));
         const double afterA = ToneTimeline::Loudest(sound, ToneB, lastA + 0.2, lastA + 1.5);
         QVERIFY2(afterA > full * 0.8, qPrintable(Describe(afterA, full)));
 
-        // The swap comes when the first track ends: the second is reported started
-        // then, not when its fade-in began, with the progress at the swap in the
-        // unit of position over milliseconds.
+        // Reported started at the swap (logged once, when its fade-in began), with the
+        // progress at the swap in the unit of position over milliseconds.
+        QCOMPARE(entriesAtSwap, 1);
         QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 2}));
         QVERIFY(!observer->starts[1].resumed);
         const double swapAfter = (observer->starts[1].atMs - observer->starts[0].atMs) / 1000.0;
@@ -457,47 +450,6 @@ private slots:
                                         std::abs(entry.durationSeconds - 8.07) < 0.1;
                              }),
                  "no progress in the unit of the swap");
-        // The event log names the second track once, when its fade-in began.
-        QCOMPARE(entriesAtSwap, 1);
-    }
-
-    void tracksShorterThanTheIntervalDoNotCrossfade()
-    {
-        const double from = listener->SecondsRecorded();
-        TrackListPlayer player(
-            {Music(1, QStringLiteral("short_a.mp3")), Music(2, QStringLiteral("short_b.mp3"))}, 100,
-            observer.get(), true, true);
-        player.Start();
-        QTRY_VERIFY_WITH_TIMEOUT(observer->StartCount() >= 3, Tests::Timeouts::Playback);
-        QVERIFY(WaitUntilHeard(ToneA));
-        player.Stop();
-        const double to = listener->SecondsRecorded();
-
-        // Round the list once, one after the other, and the second at full volume
-        // at once: a fade-in over the interval would keep it far below.
-        const int together = TogetherWindows(from, to, NotHeard);
-        QVERIFY2(together <= 2, qPrintable(QStringLiteral("%1 tenths of a second together").arg(together)));
-        const double a = ToneTimeline::Loudest(listener->A(), ToneA, from, to);
-        const double b = ToneTimeline::Loudest(listener->A(), ToneB, from, to);
-        QVERIFY2(b > a * 0.85, qPrintable(Describe(b, a)));
-    }
-
-    void theLastTrackOfAListThatDoesNotLoopPlaysOutWithoutAFade()
-    {
-        const double from = listener->SecondsRecorded();
-        TrackListPlayer player({Music(1, QStringLiteral("medium_a.mp3"))}, 100, observer.get(), true, false);
-        player.Start();
-        QTRY_COMPARE_WITH_TIMEOUT(observer->finished, 1, Tests::Timeouts::Playback);
-        QVERIFY(listener->WaitUntilRecorded(listener->SecondsRecorded() + 0.5, Tests::Timeouts::Playback));
-        // Its last second as loud as the loudest before: a fade-out would have
-        // brought it below half.
-        const auto& sound = listener->A();
-        const double lastA = ToneTimeline::LastHeard(sound, ToneA, NotHeard);
-        const double whole = ToneTimeline::Loudest(sound, ToneA, from, lastA);
-        const double late = ToneTimeline::Loudest(sound, ToneA, lastA - 1.0, lastA);
-        QVERIFY2(late > whole * 0.85, qPrintable(Describe(late, whole)));
-        QCOMPARE(observer->StartCount(), 1);
-        QCOMPARE(observer->finished, 1);
     }
 
 private:
@@ -508,9 +460,7 @@ private:
         for (double at = from; at + ToneTimeline::Window <= to; at += ToneTimeline::Window) {
             const double end = at + ToneTimeline::Window;
             together += ToneTimeline::Level(listener->A(), ToneA, at, end) > threshold &&
-                                ToneTimeline::Level(listener->A(), ToneB, at, end) > threshold
-                            ? 1
-                            : 0;
+                        ToneTimeline::Level(listener->A(), ToneB, at, end) > threshold;
         }
         return together;
     }
@@ -523,34 +473,21 @@ private:
                                  Tests::Timeouts::Playback);
     }
 
-    // Waits until the tone sounds on the default sink.
     bool WaitUntilHeard(double frequency)
     {
         const double from = listener->SecondsRecorded();
-        const bool heard = QTest::qWaitFor(
+        return QTest::qWaitFor(
             [&]() { return ToneTimeline::FirstHeard(listener->A(), frequency, Heard, from) >= 0; },
             Tests::Timeouts::Playback);
-        if (!heard) {
-            qWarning("%.0f Hz was not heard", frequency);
-        }
-        return heard;
     }
 
-    // Waits until the tone has gone quiet on the default sink.
     bool WaitUntilSilent(double frequency)
     {
-        double level = -1;
-        const bool silent = listener->WaitForToneLevel(
-            frequency, [](double measured) { return measured < NotHeard; }, 0.3, Tests::Timeouts::Playback,
-            &level);
-        if (!silent) {
-            qWarning("still heard at %f", level);
-        }
-        return silent;
+        return listener->WaitForToneLevel(
+            frequency, [](double level) { return level < NotHeard; }, 0.3, Tests::Timeouts::Playback);
     }
 
-    // The level of a tone's loudest window on the default sink over the next
-    // `seconds`, after a moment for the change just made to reach the sink.
+    // A tone's loudest window over the next `seconds`, once the last change is heard.
     double LoudestOver(double frequency, double seconds, double settle = 0.35)
     {
         const double from = listener->SecondsRecorded() + settle;
@@ -561,7 +498,7 @@ private:
     }
 
     std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
-    std::unique_ptr<Tests::RecordingTrackListObserver> observer;
+    std::unique_ptr<Observer> observer;
     std::unique_ptr<Tests::TwoSinkListener> listener;
 };
 

@@ -10,13 +10,6 @@
 
 namespace Tests {
 
-namespace {
-
-// Recorded before Start() returns: long enough to show that the monitor delivers.
-constexpr double FlowingSeconds = 0.2;
-
-} // namespace
-
 TwoSinkListener::TwoSinkListener()
     : recorderA(qEnvironmentVariable("ZELMAR_TEST_SINK_A"))
     , recorderB(qEnvironmentVariable("ZELMAR_TEST_SINK_B"))
@@ -28,25 +21,16 @@ bool TwoSinkListener::Start()
     if (qEnvironmentVariableIsEmpty("ZELMAR_TEST_SINK_A") ||
         qEnvironmentVariableIsEmpty("ZELMAR_TEST_SINK_B")) {
         errorString = QStringLiteral("the sink names are not set: register the test with NEEDS sound");
-        return false;
-    }
-    if (!sinks.Start()) {
+    } else if (!sinks.Start()) {
         errorString = sinks.ErrorString();
-        return false;
-    }
-    if (!recorderA.Start()) {
+    } else if (!recorderA.Start()) {
         errorString = recorderA.ErrorString();
-        return false;
-    }
-    if (!recorderB.Start()) {
+    } else if (!recorderB.Start()) {
         errorString = recorderB.ErrorString();
-        return false;
-    }
-    if (!WaitUntilRecorded(FlowingSeconds, Timeouts::Process)) {
+    } else if (!WaitUntilRecorded(0.2, Timeouts::Process)) {
         errorString = QStringLiteral("the sinks' monitors deliver nothing");
-        return false;
     }
-    return true;
+    return errorString.isEmpty();
 }
 
 QString TwoSinkListener::ErrorString() const
@@ -71,14 +55,7 @@ double TwoSinkListener::SecondsRecorded() const
 
 bool TwoSinkListener::WaitUntilRecorded(double seconds, int timeoutMs)
 {
-    const QDeadlineTimer deadline(timeoutMs);
-    while (SecondsRecorded() < seconds) {
-        if (deadline.hasExpired()) {
-            return false;
-        }
-        QTest::qWait(20);
-    }
-    return true;
+    return QTest::qWaitFor([&]() { return SecondsRecorded() >= seconds; }, timeoutMs);
 }
 
 bool TwoSinkListener::WaitForToneLevel(double frequency, const std::function<bool(double)>& holds,
@@ -89,11 +66,10 @@ bool TwoSinkListener::WaitForToneLevel(double frequency, const std::function<boo
     const bool reached = QTest::qWaitFor(
         [&]() {
             const double recorded = SecondsRecorded();
-            if (recorded - window < from) {
-                return false;
-            }
-            measured = ToneTimeline::Level(A(), frequency, recorded - window, recorded);
-            return holds(measured);
+            measured = recorded - window < from
+                           ? -1.0
+                           : ToneTimeline::Level(A(), frequency, recorded - window, recorded);
+            return measured >= 0 && holds(measured);
         },
         timeoutMs);
     if (level != nullptr) {

@@ -11,20 +11,15 @@
 
 namespace Tests {
 
-// Listens to both null sinks of the test sound server in real time: each sink is
-// kept running with silence and its monitor recorded. Start() returns once both
-// recordings flow, so that everything played afterwards is in them, in step with
-// the clock.
+// Records both sinks of the test's lane in real time, kept busy with silence. Start()
+// returns once both recordings flow, so that everything played afterwards is in them.
 class TwoSinkListener
 {
 public:
     TwoSinkListener();
 
-    TwoSinkListener(const TwoSinkListener&) = delete;
-    TwoSinkListener& operator=(const TwoSinkListener&) = delete;
-
-    // False, with the reason in ErrorString(), when a tool is missing or a
-    // recording does not flow.
+    // False, with the reason in ErrorString(), when a tool is missing or a recording
+    // does not flow.
     bool Start();
     QString ErrorString() const;
 
@@ -32,13 +27,10 @@ public:
     const std::vector<std::int16_t>& A() const;
     const std::vector<std::int16_t>& B() const;
     double SecondsRecorded() const;
-    // Waits until both recordings reach `seconds` from their start; false on a
-    // timeout.
+    // False when both recordings have not reached `seconds` within the timeout.
     bool WaitUntilRecorded(double seconds, int timeoutMs);
-    // Waits until the tone's level on the default sink, over the latest `window`
-    // seconds recorded after the call, satisfies `holds`: a pause, a mute or a
-    // volume change reaches the sink a moment later, longer on a loaded machine.
-    // False on a timeout; `level` receives the last level measured.
+    // Waits until the tone's level on the default sink over the latest `window` seconds
+    // recorded after the call satisfies `holds`; `level` receives the last one measured.
     bool WaitForToneLevel(double frequency, const std::function<bool(double)>& holds, double window,
                           int timeoutMs, double* level = nullptr);
 
