@@ -747,7 +747,6 @@ int main(int argc, char** argv)
         MeasureAdStarts(listener, clock, midSecondPhases, QTime(10, 0), midSecond) &&
         MeasureHandOvers(listener, clock, handOvers);
     Clock::ResetForTesting();
-    listener.Stop();
     if (!measured) {
         return 1;
     }
