@@ -173,9 +173,14 @@ private slots:
         QVERIFY(day.IndexOf(QStringLiteral("period Позднее утро")) <
                 day.IndexOf(QStringLiteral("track video 42")));
         QCOMPARE(EventLog::Count(QStringLiteral("Блок music передан в следующий период")), 1);
+        // The music goes on through the boundary. A lone silent window is let pass: under
+        // load the null sink may drop one as the new video's stream joins it, while music
+        // that stopped stays silent; a restart is too short to hear and shows above instead.
+        int silentInARow = 0;
         for (double t = boundary - 0.5; t < boundary + 0.5; t += ToneTimeline::Window) {
             const double level = ToneTimeline::Level(listener.A(), ToneA, t, t + ToneTimeline::Window);
-            QVERIFY2(level > NotHeard, qPrintable(QStringLiteral("%1 s: %2").arg(t - boundary).arg(level)));
+            silentInARow = level > NotHeard ? 0 : silentInARow + 1;
+            QVERIFY2(silentInARow < 2, qPrintable(QStringLiteral("%1 s: %2").arg(t - boundary).arg(level)));
         }
         const double louder = ToneTimeline::Level(listener.A(), ToneA, boundary - 1.3, boundary - 0.3);
         const double quieter = ToneTimeline::Level(listener.A(), ToneA, boundary + 0.4, boundary + 1.4);
