@@ -5,8 +5,6 @@
 #include <QFile>
 #include <QRegularExpression>
 
-#include <algorithm>
-
 namespace Tests {
 
 QString EventLog::Text()
@@ -26,18 +24,6 @@ QStringList EventLog::Entries()
     for (QString entry : Text().split(QStringLiteral("\n\n"), Qt::SkipEmptyParts)) {
         entries.append(entry.remove(stamp));
     }
-    return entries;
-}
-
-QStringList EventLog::EntriesWithoutTrackStarts()
-{
-    QStringList entries = Entries();
-    entries.erase(std::remove_if(entries.begin(), entries.end(),
-                                 [](const QString& entry) {
-                                     return entry.startsWith(
-                                         QStringLiteral(" Начато воспроизведение трека:"));
-                                 }),
-                  entries.end());
     return entries;
 }
 

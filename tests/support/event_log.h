@@ -15,8 +15,6 @@ public:
 
     static QString Text();
     static QStringList Entries();
-    // The same without the track-start entries that every played track adds.
-    static QStringList EntriesWithoutTrackStarts();
     // How many entries equal `entry`.
     static int Count(const QString& entry);
 };
