@@ -99,7 +99,7 @@ constexpr double kEdgeWindow = 0.005;
 constexpr double kEdgeStep = 0.001;
 // A tone above this level in a tenth of a second is heard (the tests' threshold; the
 // generated tones sound at about 0.09).
-constexpr double kHeard = 0.01;
+constexpr double kHeard = Tests::ToneTimeline::Heard;
 constexpr int kWaitMs = 20000;
 
 double SteadyMs()

@@ -14,6 +14,10 @@ public:
     ToneTimeline() = delete;
 
     static constexpr double Window = 0.1;
+    // Levels of a test tone: certainly sounding, and below which a sink counts as
+    // silent. The null sinks are digitally silent but for what is played.
+    static constexpr double Heard = 0.01;
+    static constexpr double NotHeard = 0.002;
 
     // Start of the first window from `fromSeconds` on in which the tone exceeds
     // `threshold`; -1 when none does.

@@ -32,8 +32,6 @@ constexpr double ToneA = Tests::TestMedia::MusicAFrequency;
 constexpr double ToneB = Tests::TestMedia::MusicBFrequency;
 constexpr double ToneC = Tests::TestMedia::MusicCFrequency;
 constexpr double ToneAd = Tests::TestMedia::AdFrequency;
-constexpr double Heard = 0.01;
-constexpr double NotHeard = 0.002;
 // Seconds listened to after each boundary.
 constexpr double After = 1.5;
 
@@ -179,7 +177,7 @@ private slots:
         int silentInARow = 0;
         for (double t = boundary - 0.5; t < boundary + 0.5; t += ToneTimeline::Window) {
             const double level = ToneTimeline::Level(listener.A(), ToneA, t, t + ToneTimeline::Window);
-            silentInARow = level > NotHeard ? 0 : silentInARow + 1;
+            silentInARow = level > ToneTimeline::NotHeard ? 0 : silentInARow + 1;
             QVERIFY2(silentInARow < 2, qPrintable(QStringLiteral("%1 s: %2").arg(t - boundary).arg(level)));
         }
         const double louder = ToneTimeline::Level(listener.A(), ToneA, boundary - 1.3, boundary - 0.3);
@@ -201,9 +199,10 @@ private slots:
             QStringLiteral("Блок music НЕ передан в следующий период")));
         QCOMPARE(player->CurrentState().contentPlayingStates.at(ContentType::Photo).playlistName,
                  std::string("Список 4"));
-        QVERIFY(ToneTimeline::Level(listener.A(), ToneA, boundary + 0.5, boundary + After) < NotHeard);
+        QVERIFY(ToneTimeline::Level(listener.A(), ToneA, boundary + 0.5, boundary + After) <
+                ToneTimeline::NotHeard);
         // Under load libvlc may drop a file's first moments: count from when it is heard.
-        const double b = ToneTimeline::FirstHeard(listener.A(), ToneB, Heard, soundStart);
+        const double b = ToneTimeline::FirstHeard(listener.A(), ToneB, ToneTimeline::Heard, soundStart);
         QVERIFY2(b > boundary - 0.5 && b < boundary + After, qPrintable(QString::number(b - boundary)));
 
         // 12:00: the period's spot first, then its music.
@@ -212,11 +211,13 @@ private slots:
         QVERIFY(PassBoundary(QStringLiteral("period Обед")));
         QTRY_VERIFY_WITH_TIMEOUT(HeardSinceStart(ToneC), Tests::Timeouts::Playback);
         QVERIFY(day.IndexOf(QStringLiteral("track clip 50")) < day.IndexOf(QStringLiteral("track music 3")));
-        QVERIFY(ToneTimeline::Level(listener.A(), ToneB, boundary + 0.5, boundary + After) < NotHeard);
+        QVERIFY(ToneTimeline::Level(listener.A(), ToneB, boundary + 0.5, boundary + After) <
+                ToneTimeline::NotHeard);
         // The music follows the spot's heard end, not its nominal length (see above).
-        const double adHeard = ToneTimeline::FirstHeard(listener.A(), ToneAd, Heard, soundStart);
-        const double adEnded = ToneTimeline::LastHeard(listener.A(), ToneAd, Heard);
-        const double cHeard = ToneTimeline::FirstHeard(listener.A(), ToneC, Heard, soundStart);
+        const double adHeard =
+            ToneTimeline::FirstHeard(listener.A(), ToneAd, ToneTimeline::Heard, soundStart);
+        const double adEnded = ToneTimeline::LastHeard(listener.A(), ToneAd, ToneTimeline::Heard);
+        const double cHeard = ToneTimeline::FirstHeard(listener.A(), ToneC, ToneTimeline::Heard, soundStart);
         const QString timeline = QStringLiteral("spot %1 s to %2 s, music from %3 s")
                                      .arg(adHeard - boundary)
                                      .arg(adEnded - boundary)
@@ -231,7 +232,7 @@ private slots:
         QVERIFY(day.IndexOf(QStringLiteral("track clip 50")) < 0);
         QVERIFY(player->CurrentState().playingNow);
         const double silence = Tests::PcmAnalysis::Rms(listener.A(), boundary + 0.5, boundary + After);
-        QVERIFY2(silence < NotHeard, qPrintable(QString::number(silence)));
+        QVERIFY2(silence < ToneTimeline::NotHeard, qPrintable(QString::number(silence)));
     }
 
     // A second ad due meanwhile queues behind the first; the track buttons do nothing.
@@ -363,7 +364,7 @@ private:
 
     bool HeardSinceStart(double frequency) const
     {
-        return ToneTimeline::FirstHeard(listener.A(), frequency, Heard, soundStart) >= 0;
+        return ToneTimeline::FirstHeard(listener.A(), frequency, ToneTimeline::Heard, soundStart) >= 0;
     }
 
     // Notes where the reported boundary falls in the recording and listens past it.

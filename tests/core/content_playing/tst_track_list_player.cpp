@@ -24,8 +24,6 @@ namespace {
 constexpr double ToneA = Tests::TestMedia::MusicAFrequency;
 constexpr double ToneB = Tests::TestMedia::MusicBFrequency;
 constexpr double ToneC = Tests::TestMedia::MusicCFrequency;
-constexpr double Heard = 0.01;
-constexpr double NotHeard = 0.002;
 // Audible at all: the fades pass through levels far below a full tone.
 constexpr double Faint = 0.004;
 
@@ -129,7 +127,7 @@ private slots:
         QVERIFY(QTest::qWaitFor(
             [this]() {
                 const double now = listener->SecondsRecorded();
-                return Tests::PcmAnalysis::Rms(listener->A(), now - 0.3, now) < NotHeard;
+                return Tests::PcmAnalysis::Rms(listener->A(), now - 0.3, now) < ToneTimeline::NotHeard;
             },
             Tests::Timeouts::Playback));
         Settings::SetCrossfadeIntervalSeconds(3);
@@ -175,15 +173,15 @@ private slots:
         QCOMPARE(observer->finished, 0);
         QCOMPARE(EventLog::Count(QStringLiteral(" Начато воспроизведение трека:\n\tПервый-Тест 2 music")), 2);
 
-        const double firstA = ToneTimeline::FirstHeard(listener->A(), ToneA, Heard, from);
-        const double firstB = ToneTimeline::FirstHeard(listener->A(), ToneB, Heard, from);
-        const double lastB = ToneTimeline::LastHeard(listener->A(), ToneB, Heard);
+        const double firstA = ToneTimeline::FirstHeard(listener->A(), ToneA, ToneTimeline::Heard, from);
+        const double firstB = ToneTimeline::FirstHeard(listener->A(), ToneB, ToneTimeline::Heard, from);
+        const double lastB = ToneTimeline::LastHeard(listener->A(), ToneB, ToneTimeline::Heard);
         QVERIFY2(firstA >= 0 && firstB > firstA &&
-                     ToneTimeline::FirstHeard(listener->A(), ToneA, Heard, lastB) > 0,
+                     ToneTimeline::FirstHeard(listener->A(), ToneA, ToneTimeline::Heard, lastB) > 0,
                  qPrintable(QStringLiteral("A at %1, B from %2 to %3").arg(firstA).arg(firstB).arg(lastB)));
         // Shorter than the crossfade interval: one after the other, and each at full
         // volume at once, where a fade-in over the interval would keep it far below.
-        const int together = TogetherWindows(from, to, NotHeard);
+        const int together = TogetherWindows(from, to, ToneTimeline::NotHeard);
         QVERIFY2(together <= 2, qPrintable(QStringLiteral("%1 tenths of a second together").arg(together)));
         const double a = ToneTimeline::Loudest(listener->A(), ToneA, from, to);
         const double b = ToneTimeline::Loudest(listener->A(), ToneB, from, to);
@@ -204,7 +202,8 @@ private slots:
         QVERIFY(listener->WaitUntilRecorded(finishedAt + 0.8, Tests::Timeouts::Playback));
         QCOMPARE(observer->finished, 1);
         QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 2, 3}));
-        QVERIFY(ToneTimeline::Level(listener->A(), ToneA, finishedAt + 0.3, finishedAt + 0.8) < NotHeard);
+        QVERIFY(ToneTimeline::Level(listener->A(), ToneA, finishedAt + 0.3, finishedAt + 0.8) <
+                ToneTimeline::NotHeard);
         QCOMPARE(EventLog::Count(QStringLiteral("Ошибка воспроизведения файла Шум")), 1);
         QCOMPARE(EventLog::Count(QStringLiteral("Ошибка воспроизведения файла Пусто")), 1);
         QCOMPARE(EventLog::Count(QStringLiteral("Переход к следующему файлу после ошибки")), 2);
@@ -212,10 +211,10 @@ private slots:
 
         // With nothing to crossfade into, its last second is as loud as the loudest
         // before: a fade-out would have brought it below half.
-        const double lastA = ToneTimeline::LastHeard(listener->A(), ToneA, NotHeard);
+        const double lastA = ToneTimeline::LastHeard(listener->A(), ToneA, ToneTimeline::NotHeard);
         const double whole = ToneTimeline::Loudest(listener->A(), ToneA, from, lastA);
         const double late = ToneTimeline::Loudest(listener->A(), ToneA, lastA - 1.0, lastA);
-        QVERIFY2(whole > Heard && late > whole * 0.85, qPrintable(Describe(late, whole)));
+        QVERIFY2(whole > ToneTimeline::Heard && late > whole * 0.85, qPrintable(Describe(late, whole)));
     }
 
     void aListThatCannotPlayStopsQuietly_data()
@@ -256,7 +255,7 @@ private slots:
         QVERIFY(listener->WaitUntilRecorded(stoppedAt + 1.0, Tests::Timeouts::Playback));
         QCOMPARE(observer->StartCount(), starts);
         QCOMPARE(observer->finished, 0);
-        QVERIFY(Tests::PcmAnalysis::Rms(listener->A(), from, stoppedAt + 1.0) < NotHeard);
+        QVERIFY(Tests::PcmAnalysis::Rms(listener->A(), from, stoppedAt + 1.0) < ToneTimeline::NotHeard);
         QCOMPARE(EventLog::Count(entry), entry.isEmpty() ? 0 : 1);
         QVERIFY(!entry.isEmpty() || EventLog::Entries().isEmpty());
 
@@ -275,7 +274,7 @@ private slots:
         const double pausedAt = observer->progress.back().progress;
         player.Pause();
         QVERIFY(WaitUntilSilent(ToneA));
-        QVERIFY(LoudestOver(ToneA, 0.5, 0) < NotHeard);
+        QVERIFY(LoudestOver(ToneA, 0.5, 0) < ToneTimeline::NotHeard);
         const auto progressWhilePaused = observer->progress.size();
         player.Start();
         QVERIFY(observer->starts.back().resumed);
@@ -294,7 +293,7 @@ private slots:
         QVERIFY(WaitUntilHeard(ToneB));
         player.Stop();
         QVERIFY(WaitUntilSilent(ToneB));
-        QVERIFY(LoudestOver(ToneB, 0.4, 0) < NotHeard);
+        QVERIFY(LoudestOver(ToneB, 0.4, 0) < ToneTimeline::NotHeard);
         player.Start();
         QVERIFY(WaitUntilHeard(ToneA));
         QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 1, 2, 1}));
@@ -308,21 +307,21 @@ private slots:
         player.Start();
         QTRY_VERIFY_WITH_TIMEOUT(!observer->progress.empty() && observer->progress.back().progress > 0.25,
                                  Tests::Timeouts::Playback);
-        QVERIFY(LoudestOver(ToneA, 0.4, 0) < NotHeard);
+        QVERIFY(LoudestOver(ToneA, 0.4, 0) < ToneTimeline::NotHeard);
 
         player.SetMuted(false);
         QVERIFY(WaitUntilHeard(ToneA));
         const double full = LoudestOver(ToneA, 0.5);
-        QVERIFY2(full > Heard, qPrintable(QString::number(full)));
+        QVERIFY2(full > ToneTimeline::Heard, qPrintable(QString::number(full)));
         // A volume change while muted is kept for later, not heard now.
         player.SetMuted(true);
         QVERIFY(WaitUntilSilent(ToneA));
         player.SetVolume(70);
-        QVERIFY(LoudestOver(ToneA, 0.4) < NotHeard);
+        QVERIFY(LoudestOver(ToneA, 0.4) < ToneTimeline::NotHeard);
         player.SetMuted(false);
         QVERIFY(WaitUntilHeard(ToneA));
         const double lower = LoudestOver(ToneA, 0.5);
-        QVERIFY2(lower < full * 0.7 && lower > NotHeard, qPrintable(Describe(lower, full)));
+        QVERIFY2(lower < full * 0.7 && lower > ToneTimeline::NotHeard, qPrintable(Describe(lower, full)));
         // Unmuted, a volume change is heard at once.
         player.SetVolume(100);
         double restored = -1;
@@ -342,7 +341,7 @@ private slots:
         WaitUntilPlayedFor(0.25);
         QVERIFY(WaitUntilHeard(ToneA));
         const double plain = LoudestOver(ToneA, 0.5);
-        QVERIFY2(plain > Heard, qPrintable(QString::number(plain)));
+        QVERIFY2(plain > ToneTimeline::Heard, qPrintable(QString::number(plain)));
 
         // Every band and the amplifier at their lowest: a cut of some 40 dB.
         Settings::SetUseEqualizer(true);
@@ -373,7 +372,7 @@ private slots:
         player.PlayTrack(4);
         player.PlayTrack(99);
         QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1, 2, 1, 3, 2}));
-        QVERIFY(LoudestOver(ToneA, 0.5) < NotHeard);
+        QVERIFY(LoudestOver(ToneA, 0.5) < ToneTimeline::NotHeard);
     }
 
     void dontPlayNextTrackEndsAfterTheCurrentOne()
@@ -387,7 +386,7 @@ private slots:
         player.SetDontPlayNextTrack(true);
         QTRY_COMPARE_WITH_TIMEOUT(observer->doesntPlayNext, 1, Tests::Timeouts::Playback);
         QVERIFY(listener->WaitUntilRecorded(listener->SecondsRecorded() + 0.5, Tests::Timeouts::Playback));
-        QVERIFY(ToneTimeline::FirstHeard(listener->A(), ToneB, NotHeard, from) < 0);
+        QVERIFY(ToneTimeline::FirstHeard(listener->A(), ToneB, ToneTimeline::NotHeard, from) < 0);
         QCOMPARE(observer->StartedIds(), (std::vector<std::int32_t>{1}));
 
         player.Start();
@@ -416,13 +415,13 @@ private slots:
         const auto& sound = listener->A();
         const double full = ToneTimeline::Loudest(sound, ToneA, from + 3.0, from + 4.8);
         QVERIFY2(full > 0.02, qPrintable(QString::number(full)));
-        const double nextHeard = ToneTimeline::FirstHeard(sound, ToneB, NotHeard, from);
+        const double nextHeard = ToneTimeline::FirstHeard(sound, ToneB, ToneTimeline::NotHeard, from);
         QVERIFY2(nextHeard - from >= 4.8, qPrintable(QString::number(nextHeard - from)));
         // Both together for a while, the first dipping 0.75 × the interval before its
         // end and well below full at it, then the second at full.
         const int together = TogetherWindows(nextHeard, nextHeard + 4.0, Faint);
         QVERIFY2(together >= 3, qPrintable(QStringLiteral("%1 tenths of a second together").arg(together)));
-        const double lastA = ToneTimeline::LastHeard(sound, ToneA, NotHeard);
+        const double lastA = ToneTimeline::LastHeard(sound, ToneA, ToneTimeline::NotHeard);
         double dipped = -1;
         for (double at = from + 4.0; at < lastA && dipped < 0; at += ToneTimeline::Window) {
             dipped = ToneTimeline::Level(sound, ToneA, at, at + ToneTimeline::Window) < full * 0.85 ? at : -1;
@@ -477,14 +476,17 @@ private:
     {
         const double from = listener->SecondsRecorded();
         return QTest::qWaitFor(
-            [&]() { return ToneTimeline::FirstHeard(listener->A(), frequency, Heard, from) >= 0; },
+            [&]() {
+                return ToneTimeline::FirstHeard(listener->A(), frequency, ToneTimeline::Heard, from) >= 0;
+            },
             Tests::Timeouts::Playback);
     }
 
     bool WaitUntilSilent(double frequency)
     {
         return listener->WaitForToneLevel(
-            frequency, [](double level) { return level < NotHeard; }, 0.3, Tests::Timeouts::Playback);
+            frequency, [](double level) { return level < ToneTimeline::NotHeard; }, 0.3,
+            Tests::Timeouts::Playback);
     }
 
     // A tone's loudest window over the next `seconds`, once the last change is heard.

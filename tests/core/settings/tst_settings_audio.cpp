@@ -11,9 +11,6 @@
 using Core::Settings;
 using Tests::ToneTimeline;
 
-constexpr double Heard = 0.01;
-constexpr double NotHeard = 0.002;
-
 // The settings' side of the sound devices, on the two null sinks of the test sound
 // server: what is offered and marked, where players go, and the test sound.
 class SettingsAudioTest : public QObject
@@ -70,19 +67,21 @@ private slots:
         player.Play();
         const auto& chosen = onB ? listener->B() : listener->A();
         const auto& other = onB ? listener->A() : listener->B();
-        // Heard whenever it is heard: a loaded machine may take a while to open the
+        // ToneTimeline::Heard whenever it is heard: a loaded machine may take a while to open the
         // file, and some of its start may not reach the sink.
         const double frequency = Tests::TestMedia::MusicAFrequency;
         double onset = -1;
-        QVERIFY2(
-            QTest::qWaitFor(
-                [&]() { return (onset = ToneTimeline::FirstHeard(chosen, frequency, NotHeard, from)) >= 0; },
-                Tests::Timeouts::Playback),
-            "the tone was not heard on the sink it should go to");
+        QVERIFY2(QTest::qWaitFor(
+                     [&]() {
+                         return (onset = ToneTimeline::FirstHeard(chosen, frequency, ToneTimeline::NotHeard,
+                                                                  from)) >= 0;
+                     },
+                     Tests::Timeouts::Playback),
+                 "the tone was not heard on the sink it should go to");
         QVERIFY(listener->WaitUntilRecorded(onset + 1.5, Tests::Timeouts::Playback));
         const double level = ToneTimeline::Loudest(chosen, frequency, onset, onset + 1.5);
-        QVERIFY2(level > Heard, qPrintable(QString::number(level)));
-        QVERIFY(Tests::PcmAnalysis::Rms(other, from, onset + 1.5) < NotHeard);
+        QVERIFY2(level > ToneTimeline::Heard, qPrintable(QString::number(level)));
+        QVERIFY(Tests::PcmAnalysis::Rms(other, from, onset + 1.5) < ToneTimeline::NotHeard);
     }
 
     void theTestSoundIsHeardOnTheChosenDevice()
@@ -96,12 +95,12 @@ private slots:
         QVERIFY2(QFileInfo(copy).size() > 10000, qPrintable(copy));
         // The chime opens on E5 and rings for about a second and a half; however much
         // of its start is lost, it has ended 1.8 s after it is first heard.
-        const double onset = ToneTimeline::FirstHeard(listener->B(), 659.25, NotHeard, from);
+        const double onset = ToneTimeline::FirstHeard(listener->B(), 659.25, ToneTimeline::NotHeard, from);
         QVERIFY2(onset >= 0, "the test sound was not heard on the chosen sink");
         QVERIFY(listener->WaitUntilRecorded(onset + 2.3, Tests::Timeouts::Playback));
-        QVERIFY2(Tests::PcmAnalysis::Rms(listener->A(), from, onset + 2.3) < NotHeard,
+        QVERIFY2(Tests::PcmAnalysis::Rms(listener->A(), from, onset + 2.3) < ToneTimeline::NotHeard,
                  "the test sound reached sink A");
-        QVERIFY2(Tests::PcmAnalysis::Rms(listener->B(), onset + 1.8, onset + 2.3) < NotHeard,
+        QVERIFY2(Tests::PcmAnalysis::Rms(listener->B(), onset + 1.8, onset + 2.3) < ToneTimeline::NotHeard,
                  "the test sound goes on");
     }
 

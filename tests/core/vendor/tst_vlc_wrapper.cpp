@@ -13,9 +13,6 @@ using Core::Vendor::VlcWrapper;
 namespace {
 
 constexpr double A = Tests::TestMedia::MusicAFrequency;
-// The null sinks are digitally silent but for what is played.
-constexpr double Heard = 0.01;
-constexpr double NotHeard = 0.002;
 
 std::vector<VlcStatus> Statuses(const QSignalSpy& spy)
 {
@@ -196,7 +193,7 @@ private slots:
         player.SetMedia(QUrl::fromLocalFile(Tests::TestMedia::Path(QStringLiteral("music_a.mp3"))));
         const double from = listener->SecondsRecorded();
         const double atSeventy = LoudestOnB(player);
-        QVERIFY2(atSeventy > Heard, qPrintable(QString::number(atSeventy)));
+        QVERIFY2(atSeventy > Tests::ToneTimeline::Heard, qPrintable(QString::number(atSeventy)));
         QCOMPARE(player.Volume(), 70);
         player.Stop();
 
@@ -207,7 +204,8 @@ private slots:
         // times as loud.
         QVERIFY2(std::abs(afterStop - atSeventy) < atSeventy * 0.25,
                  qPrintable(QStringLiteral("%1 after the stop, %2 before").arg(afterStop).arg(atSeventy)));
-        QVERIFY2(Tests::PcmAnalysis::Rms(listener->A(), from, listener->SecondsRecorded()) < NotHeard,
+        QVERIFY2(Tests::PcmAnalysis::Rms(listener->A(), from, listener->SecondsRecorded()) <
+                     Tests::ToneTimeline::NotHeard,
                  "sound went to the default sink");
     }
 
@@ -261,7 +259,8 @@ private:
         double onset = -1;
         if (!QTest::qWaitFor(
                 [&]() {
-                    return (onset = Tests::ToneTimeline::FirstHeard(listener->B(), A, NotHeard, from)) >= 0;
+                    return (onset = Tests::ToneTimeline::FirstHeard(
+                                listener->B(), A, Tests::ToneTimeline::NotHeard, from)) >= 0;
                 },
                 Tests::Timeouts::Playback) ||
             !listener->WaitUntilRecorded(onset + 2.5, Tests::Timeouts::Playback)) {
