@@ -201,7 +201,7 @@ void UserEnvironment::CheckServerIsHttpsAndAvailable(const Server& server, Done 
                                                      Done onUnavailable)
 {
     // The account's password and token travel to this server: never in the clear.
-    if (server.url.rfind("https:", 0) != 0) {
+    if (!QString::fromStdString(server.url).startsWith(QLatin1String("https:"), Qt::CaseInsensitive)) {
         CallLater(onNotHttps);
         return;
     }
@@ -715,6 +715,10 @@ std::shared_ptr<ContentPlaying::Player> UserEnvironment::GetContentPlayer()
 {
     if (player) {
         return player;
+    }
+    // Whatever it played would not be the account's any more.
+    if (signInRefused) {
+        return nullptr;
     }
     std::shared_ptr<PlaybackConfiguration> configuration;
     if (!DbManager::GetInstance().SavedPlaybackConfiguration(configuration) || !configuration) {

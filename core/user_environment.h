@@ -210,7 +210,8 @@ public:
     void
     UserFacingSchedules(std::function<void(std::vector<DataTypes::Playback::UserFacingSchedule>)> onSuccess,
                         Failure onError);
-    // Created on first call from the stored configuration; empty while none is stored.
+    // Created on first call from the stored configuration; empty while none is stored
+    // and after the server refused the sign-in.
     std::shared_ptr<ContentPlaying::Player> GetContentPlayer();
     void StopAndClearPlayer();
 
