@@ -161,9 +161,7 @@ bool UserEnvironment::UserIsSignedIn()
 void UserEnvironment::GetSignedInEnvironment(const EnvironmentHandler& callback)
 {
     UserIsSignedIn();
-    if (callback) {
-        callback(sCurrentEnvironment);
-    }
+    CallLater(callback, sCurrentEnvironment);
 }
 
 bool UserEnvironment::ResumeStoredSignIn()
@@ -375,7 +373,16 @@ void UserEnvironment::ChoosePlaybackObjectAfterSigningOut(const PlaybackObject& 
                         onSuccess();
                     }
                 },
-                onError);
+                [self, onError](std::shared_ptr<Error> error) {
+                    // The stopped player still holds the previous point of sale's
+                    // schedule; it must not be started for this one.
+                    if (self) {
+                        self->StopAndClearPlayer();
+                    }
+                    if (onError) {
+                        onError(std::move(error));
+                    }
+                });
         },
         [onError](std::shared_ptr<NetworkError> error) {
             if (onError) {
@@ -405,7 +412,8 @@ std::string UserEnvironment::PersonalAccountPageUrl() const
     if (landing.isEmpty()) {
         return SiteOf(api);
     }
-    if (landing.startsWith(QLatin1String("https://")) || landing.startsWith(QLatin1String("http://"))) {
+    if (landing.startsWith(QLatin1String("https://"), Qt::CaseInsensitive) ||
+        landing.startsWith(QLatin1String("http://"), Qt::CaseInsensitive)) {
         return landing.toStdString();
     }
     const QString scheme =

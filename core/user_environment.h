@@ -140,7 +140,7 @@ public:
     // gone and the player stopped; `onSuccess` comes when the new object's
     // configuration has been loaded and handed to the player, `onError` with the
     // loading error when it could not be (the object is switched all the same, and
-    // the update timer keeps trying).
+    // the update timer keeps trying; the old schedule's player is dropped then).
     void ChoosePlaybackObject(const DataTypes::Auth::PlaybackObject& object, Done onSuccess, Failure onError);
     void GetServerInfo(std::string& name, std::string& email, std::string& phone) const;
     DataTypes::Auth::PlaybackObject CurrentPlaybackObject() const;
