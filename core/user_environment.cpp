@@ -138,6 +138,8 @@ UserEnvironment::UserEnvironment(const Server& server, const PlaybackObject& obj
     SendPlayerVersion();
     Statistics::Manager::TryToSendStoredReports(connection);
     reportTimer.setSingleShot(true);
+    // A coarse timer may fire seconds early on a minute, counting a track cut at 58 s.
+    reportTimer.setTimerType(Qt::PreciseTimer);
     connect(&reportTimer, &QTimer::timeout, this, &UserEnvironment::SendPendingReport);
 }
 
