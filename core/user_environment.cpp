@@ -73,6 +73,16 @@ void ReleaseLater(std::shared_ptr<UserEnvironment> environment)
     }
 }
 
+// A failure of the server passed on where any failure is expected.
+UserEnvironment::NetworkFailure AsNetworkFailure(UserEnvironment::Failure onError)
+{
+    return [onError](std::shared_ptr<NetworkError> error) {
+        if (onError) {
+            onError(std::move(error));
+        }
+    };
+}
+
 std::shared_ptr<Networking::TestConnectHelper> ConnectionTester()
 {
     static const auto tester = std::make_shared<Networking::TestConnectHelper>();
@@ -224,11 +234,7 @@ void UserEnvironment::CreateAndStoreEnvironment(const Server& server, const Play
         [server, object, login, password, onSuccess, onError](const std::string& token) {
             StoreAndMakeCurrent(server, object, login, password, token, onSuccess, onError);
         },
-        [onError](std::shared_ptr<NetworkError> error) {
-            if (onError) {
-                onError(std::move(error));
-            }
-        });
+        AsNetworkFailure(onError));
 }
 
 void UserEnvironment::CreateAndStoreEnvironment(const Server& server, const std::string& phone,
@@ -243,11 +249,7 @@ void UserEnvironment::CreateAndStoreEnvironment(const Server& server, const std:
             StoreAndMakeCurrent(server, object ? *object : PlaybackObject(), phone, std::string(), token,
                                 onSuccess, onError);
         },
-        [onError](std::shared_ptr<NetworkError> error) {
-            if (onError) {
-                onError(std::move(error));
-            }
-        });
+        AsNetworkFailure(onError));
 }
 
 void UserEnvironment::StoreAndMakeCurrent(const Server& server, const PlaybackObject& object,
@@ -336,11 +338,7 @@ void UserEnvironment::ChoosePlaybackObject(const PlaybackObject& object, Done on
                 self->ChoosePlaybackObjectAfterSigningOut(object, onSuccess, onError);
             }
         },
-        [onError](std::shared_ptr<NetworkError> error) {
-            if (onError) {
-                onError(std::move(error));
-            }
-        });
+        AsNetworkFailure(onError));
 }
 
 void UserEnvironment::ChoosePlaybackObjectAfterSigningOut(const PlaybackObject& object, Done onSuccess,
@@ -386,11 +384,7 @@ void UserEnvironment::ChoosePlaybackObjectAfterSigningOut(const PlaybackObject& 
                     }
                 });
         },
-        [onError](std::shared_ptr<NetworkError> error) {
-            if (onError) {
-                onError(std::move(error));
-            }
-        });
+        AsNetworkFailure(onError));
 }
 
 void UserEnvironment::GetServerInfo(std::string& name, std::string& email, std::string& phone) const
@@ -476,28 +470,13 @@ void UserEnvironment::DeactivatePlaylist(const DataTypes::Playlists::PlaylistCon
 
 void UserEnvironment::SignOut()
 {
-    QPointer<UserEnvironment> self(this);
-    const auto clear = [self]() {
-        if (self) {
-            self->ClearEnvironment();
-        }
-    };
+    const Done clear = ClearThen(nullptr);
     connection->SignOut(clear, [clear](std::shared_ptr<NetworkError>) { clear(); });
 }
 
 void UserEnvironment::SignOut(Done onSuccess, NetworkFailure onError)
 {
-    QPointer<UserEnvironment> self(this);
-    connection->SignOut(
-        [self, onSuccess]() {
-            if (self) {
-                self->ClearEnvironment();
-            }
-            if (onSuccess) {
-                onSuccess();
-            }
-        },
-        std::move(onError));
+    connection->SignOut(ClearThen(std::move(onSuccess)), std::move(onError));
 }
 
 void UserEnvironment::DeleteAccount()
@@ -507,17 +486,20 @@ void UserEnvironment::DeleteAccount()
 
 void UserEnvironment::DeleteAccount(Done onSuccess, NetworkFailure onError)
 {
+    connection->DeleteAccount(ClearThen(std::move(onSuccess)), std::move(onError));
+}
+
+UserEnvironment::Done UserEnvironment::ClearThen(Done onSuccess)
+{
     QPointer<UserEnvironment> self(this);
-    connection->DeleteAccount(
-        [self, onSuccess]() {
-            if (self) {
-                self->ClearEnvironment();
-            }
-            if (onSuccess) {
-                onSuccess();
-            }
-        },
-        std::move(onError));
+    return [self, onSuccess]() {
+        if (self) {
+            self->ClearEnvironment();
+        }
+        if (onSuccess) {
+            onSuccess();
+        }
+    };
 }
 
 void UserEnvironment::ClearStoredEnvironmentWithoutSigningOut()
@@ -909,11 +891,7 @@ void UserEnvironment::SendLikeAction(LikeAction action, std::int32_t trackId,
             }
             self->UpdateLikeStatusForTrack(trackId, status, onSuccess, onError);
         },
-        [onError](std::shared_ptr<NetworkError> error) {
-            if (onError) {
-                onError(std::move(error));
-            }
-        });
+        AsNetworkFailure(onError));
 }
 
 void UserEnvironment::UpdateLikeStatusForTrack(std::int32_t trackId, LikeStatus status,

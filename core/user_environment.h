@@ -269,6 +269,8 @@ private:
     // Stops the player, drops the stored sign-in, configuration, media and settings,
     // and lets go of this environment.
     void ClearEnvironment();
+    // Clears this environment, if it is still there, and then calls `onSuccess`.
+    Done ClearThen(Done onSuccess);
     void ReleasePlayerAfterSignInRefused();
     void UpdateTimerFired();
     void StartPlayerTimerFired();
