@@ -2,7 +2,12 @@
 # against core and the test support library and gives it its environment:
 #
 #   zelmar_add_test(<name> SOURCES <files...> [NEEDS media|sound|display|service ...]
-#                   [LIBRARIES <targets...>] [TIMEOUT <seconds>])
+#                   [LIBRARIES <targets...>] [TIMEOUT <seconds>] [ARGS <arguments...>])
+#   zelmar_add_test(<name> EXECUTABLE <test> [NEEDS ...] [TIMEOUT <seconds>] [ARGS <arguments...>])
+#
+# ARGS are put on the test's command line. EXECUTABLE runs a test program made by an
+# earlier call once more under another name, typically with other ARGS; the run gets
+# its own data folders and sound lane like any other test.
 #
 # NEEDS pulls in the CTest fixtures below: generated media files, the private
 # PulseAudio server with its two null sinks, and the Xvfb display. Tests without
@@ -56,23 +61,31 @@ target_precompile_headers(zelmar_test_pch PRIVATE
     <algorithm> <functional> <map> <memory> <string> <vector>)
 
 function(zelmar_add_test name)
-    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;NEEDS;LIBRARIES" ${ARGN})
-    if(NOT ARG_SOURCES)
-        message(FATAL_ERROR "zelmar_add_test(${name}): SOURCES is required")
+    cmake_parse_arguments(ARG "" "TIMEOUT;EXECUTABLE" "SOURCES;NEEDS;LIBRARIES;ARGS" ${ARGN})
+    if(NOT ARG_SOURCES AND NOT ARG_EXECUTABLE)
+        message(FATAL_ERROR "zelmar_add_test(${name}): SOURCES or EXECUTABLE is required")
+    endif()
+    if(ARG_SOURCES AND ARG_EXECUTABLE)
+        message(FATAL_ERROR "zelmar_add_test(${name}): SOURCES and EXECUTABLE exclude each other")
     endif()
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
     endif()
 
-    add_executable(${name} ${ARG_SOURCES})
-    target_link_libraries(${name} PRIVATE core zelmar_test_support Qt5::Test zelmar_warnings ${ARG_LIBRARIES})
-    target_precompile_headers(${name} REUSE_FROM zelmar_test_pch)
-    # A test's moc output is included by its own source, which leaves the generated
-    # compilation unit empty; with the header it still cost seconds to load.
-    set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/mocs_compilation.cpp
-                                PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
-    target_compile_options(${name} PRIVATE -O0)
-    add_test(NAME ${name} COMMAND ${name})
+    if(ARG_EXECUTABLE)
+        set(target ${ARG_EXECUTABLE})
+    else()
+        set(target ${name})
+        add_executable(${name} ${ARG_SOURCES})
+        target_link_libraries(${name} PRIVATE core zelmar_test_support Qt5::Test zelmar_warnings ${ARG_LIBRARIES})
+        target_precompile_headers(${name} REUSE_FROM zelmar_test_pch)
+        # A test's moc output is included by its own source, which leaves the generated
+        # compilation unit empty; with the header it still cost seconds to load.
+        set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/mocs_compilation.cpp
+                                    PROPERTIES SKIP_PRECOMPILE_HEADERS ON)
+        target_compile_options(${name} PRIVATE -O0)
+    endif()
+    add_test(NAME ${name} COMMAND ${target} ${ARG_ARGS})
 
     # Anything a test writes without choosing a folder itself lands in a folder of
     # its own, never in the build tree or the user's home.
@@ -107,7 +120,7 @@ function(zelmar_add_test name)
                             "PULSE_SINK=${sink_prefix}_a"
                             "ZELMAR_TEST_SINK_A=${sink_prefix}_a" "ZELMAR_TEST_SINK_B=${sink_prefix}_b")
         elseif(need STREQUAL "service")
-            add_dependencies(${name} zelmar-reference-service)
+            add_dependencies(${target} zelmar-reference-service)
             list(APPEND env "ZELMAR_REFERENCE_SERVICE=$<TARGET_FILE:zelmar-reference-service>")
         elseif(need STREQUAL "display")
             list(APPEND fixtures zelmar_display)
