@@ -155,12 +155,20 @@ UserEnvironment::UserEnvironment(const Server& server, const PlaybackObject& obj
 
 UserEnvironment::~UserEnvironment()
 {
+    StopListeningToConnection();
     // The player may be held by a screen a little longer; it must not call back
     // into an environment that is gone.
     if (player) {
         player->SetTrackStartedHandler(nullptr);
         player->SetPlaybackStopHandler(nullptr);
     }
+}
+
+void UserEnvironment::StopListeningToConnection()
+{
+    // Requests in flight keep the connection alive after the environment is gone.
+    connection->SetUnathorizedErrorListener(nullptr);
+    connection->SetObjectExportedErrorListener(nullptr);
 }
 
 // --- Before anyone is signed in ---
@@ -509,6 +517,8 @@ void UserEnvironment::ClearStoredEnvironmentWithoutSigningOut()
 
 void UserEnvironment::ClearEnvironment()
 {
+    // A refusal still on its way concerns a sign-in the user has already ended.
+    StopListeningToConnection();
     StopAndClearPlayer();
     StopUpdateTimer();
     startPlayerTimer.stop();

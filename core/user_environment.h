@@ -272,6 +272,7 @@ private:
     // Clears this environment, if it is still there, and then calls `onSuccess`.
     Done ClearThen(Done onSuccess);
     void ReleasePlayerAfterSignInRefused();
+    void StopListeningToConnection();
     void UpdateTimerFired();
     void StartPlayerTimerFired();
     void HandleTrackStarted(const DataTypes::Playback::Track& track, int volume, bool resumed);
