@@ -56,7 +56,7 @@ bool ReferenceService::Start()
         return false;
     }
     QStringList arguments = {QStringLiteral("--scenario"), scenarioDirectory, QStringLiteral("--port"),
-                             QStringLiteral("0")};
+                             QStringLiteral("0"), QStringLiteral("--exit-with-parent")};
     if (!contentDirectory.isEmpty()) {
         arguments << QStringLiteral("--content") << contentDirectory;
     }

@@ -8,14 +8,15 @@ QString CommandLine::Usage()
 {
     return QStringLiteral(
         "usage: zelmar-reference-service --scenario DIR [--content DIR] [--port N]\n"
-        "                                [--tls-cert FILE --tls-key FILE] [--verbose]\n"
+        "                                [--tls-cert FILE --tls-key FILE] [--verbose] [--exit-with-parent]\n"
         "Serves the player's server API on 127.0.0.1 and prints \"listening on <base URL>\".\n"
         "  --scenario DIR   folder of scenario JSON files (accounts, configurations, ...)\n"
         "  --content DIR    folder the media are served from (<type>/<path>)\n"
         "  --port N         port to listen on; 0 or none picks a free one\n"
         "  --tls-cert FILE  serve HTTPS with this PEM certificate ...\n"
         "  --tls-key FILE   ... and this PEM private key\n"
-        "  --verbose        print one line per request on standard error\n");
+        "  --verbose        print one line per request on standard error\n"
+        "  --exit-with-parent  stop when the process that started the service ends\n");
 }
 
 bool CommandLine::Parse(const QStringList& arguments)
@@ -28,6 +29,10 @@ bool CommandLine::Parse(const QStringList& arguments)
         }
         if (option == QLatin1String("--verbose")) {
             verbose = true;
+            continue;
+        }
+        if (option == QLatin1String("--exit-with-parent")) {
+            exitWithParent = true;
             continue;
         }
         const QStringList withValue = {QStringLiteral("--scenario"), QStringLiteral("--content"),
@@ -112,6 +117,11 @@ QString CommandLine::TlsKey() const
 bool CommandLine::Verbose() const
 {
     return verbose;
+}
+
+bool CommandLine::ExitWithParent() const
+{
+    return exitWithParent;
 }
 
 } // namespace ReferenceService

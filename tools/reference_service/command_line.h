@@ -6,7 +6,7 @@
 namespace ReferenceService {
 
 // zelmar-reference-service --scenario DIR [--content DIR] [--port N]
-//                          [--tls-cert FILE --tls-key FILE] [--verbose]
+//                          [--tls-cert FILE --tls-key FILE] [--verbose] [--exit-with-parent]
 // Scripts and tests depend on these options; keep them stable.
 class CommandLine
 {
@@ -24,6 +24,7 @@ public:
     QString TlsCertificate() const;
     QString TlsKey() const;
     bool Verbose() const;
+    bool ExitWithParent() const;
 
 private:
     QString scenarioDirectory;
@@ -32,6 +33,7 @@ private:
     QString tlsCertificate;
     QString tlsKey;
     bool verbose = false;
+    bool exitWithParent = false;
     bool help = false;
     QString errorText;
 };

@@ -11,7 +11,9 @@
 #include <csignal>
 #include <cstdio>
 #include <pthread.h>
+#include <sys/prctl.h>
 #include <thread>
+#include <unistd.h>
 
 using namespace ReferenceService;
 
@@ -52,6 +54,16 @@ int main(int argc, char** argv)
     if (commandLine.HelpRequested()) {
         std::printf("%s", CommandLine::Usage().toLocal8Bit().constData());
         return 0;
+    }
+    // A test that crashes would otherwise leave its service running, and CTest
+    // waiting for the output pipe it still holds until the test's time is up. The
+    // stop signal goes through the same orderly shutdown as a SIGTERM from outside.
+    if (commandLine.ExitWithParent()) {
+        const pid_t parent = getppid();
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
+        if (getppid() != parent) {
+            return 1;
+        }
     }
 
     QString error;
