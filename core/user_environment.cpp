@@ -1,6 +1,7 @@
 #include "core/user_environment.h"
 
 #include "core/content_playing/player.h"
+#include "core/data_types/json_deserialization_error.h"
 #include "core/database/db_manager.h"
 #include "core/networking/content_files_helper.h"
 #include "core/networking/json_converter.h"
@@ -71,6 +72,14 @@ void ReleaseLater(std::shared_ptr<UserEnvironment> environment)
     if (environment) {
         Later([environment]() {});
     }
+}
+
+// A reply that said yes without what a sign-in needs: storing it would leave the
+// point of sale with a sign-in every request is refused on.
+std::shared_ptr<Error> UnusableSignInError()
+{
+    return std::make_shared<DataTypes::JsonDeserializationError>(
+        "Ответ сервера не содержит данных для входа");
 }
 
 // A failure of the server passed on where any failure is expected.
@@ -265,6 +274,12 @@ void UserEnvironment::StoreAndMakeCurrent(const Server& server, const PlaybackOb
                                           const std::string& token, const EnvironmentHandler& onSuccess,
                                           const Failure& onError)
 {
+    if (token.empty() || object.code.empty()) {
+        if (onError) {
+            onError(UnusableSignInError());
+        }
+        return;
+    }
     DbManager& database = DbManager::GetInstance();
     if (!database.InitEmptyDataBase() || !database.SaveAuthData(object, server, login, password, token)) {
         if (onError) {
@@ -272,8 +287,9 @@ void UserEnvironment::StoreAndMakeCurrent(const Server& server, const PlaybackOb
         }
         return;
     }
-    // Two environments never play at once.
+    // Two environments never play at once, and only the new one hears the server.
     if (sCurrentEnvironment) {
+        sCurrentEnvironment->StopListeningToConnection();
         sCurrentEnvironment->StopAndClearPlayer();
         ReleaseLater(std::move(sCurrentEnvironment));
     }
@@ -358,6 +374,12 @@ void UserEnvironment::ChoosePlaybackObjectAfterSigningOut(const PlaybackObject& 
         login, password, object,
         [self, server, object, onSuccess, onError](const std::string& token) {
             if (!self) {
+                return;
+            }
+            if (token.empty()) {
+                if (onError) {
+                    onError(UnusableSignInError());
+                }
                 return;
             }
             if (!DbManager::GetInstance().SaveAuthData(object, server, self->login, self->password, token)) {

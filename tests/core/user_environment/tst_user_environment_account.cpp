@@ -1,5 +1,6 @@
 #include "core/content_playing/player.h"
 #include "core/data_types/api_error.h"
+#include "core/data_types/json_deserialization_error.h"
 #include "core/database/db_manager.h"
 #include "core/networking/object_exported_error_listener.h"
 #include "core/networking/unauthorized_error_listener.h"
@@ -507,6 +508,39 @@ private slots:
         QCOMPARE(Last(QStringLiteral("music_styles")).value(QStringLiteral("object")).toString(), object);
         QCOMPARE(Last(QStringLiteral("music_styles")).value(QStringLiteral("music_styles")).toArray(),
                  QJsonArray({10, 11}));
+    }
+
+    // A yes without the token (or, at sign-up, without the new point of sale) would
+    // store a sign-in every later request is refused on.
+    void aSignInAnswerLackingWhatItNeedsIsRefused_data()
+    {
+        QTest::addColumn<QString>("endpoint");
+        QTest::addColumn<QString>("answer");
+        QTest::newRow("sign-in without a token") << "auth/sign_in"
+                                                 << R"({"success": true})";
+        QTest::newRow("sign-up without a point of sale") << "auth/sign_up"
+                                                         << R"({"success": true, "token": "t-1"})";
+    }
+
+    void aSignInAnswerLackingWhatItNeedsIsRefused()
+    {
+        QFETCH(QString, endpoint);
+        QFETCH(QString, answer);
+        Tests::ServiceFault fault(endpoint, QStringLiteral("body"));
+        fault.body = answer;
+        QVERIFY2(service->AddFault(fault) > 0, qPrintable(service->ErrorString()));
+        Tests::CallOutcome<Environment, Error> outcome;
+        if (endpoint == QLatin1String("auth/sign_in")) {
+            UserEnvironment::CreateAndStoreEnvironment(server, shop1, "owner", "secret", outcome.Success(),
+                                                       outcome.Failure());
+        } else {
+            UserEnvironment::CreateAndStoreEnvironment(server, "+79991234567", "Москва", outcome.Success(),
+                                                       outcome.Failure());
+        }
+        WAIT_FOR(outcome);
+        QVERIFY(std::dynamic_pointer_cast<Core::DataTypes::JsonDeserializationError>(outcome.error));
+        QCOMPARE(StoredSignIn(), QStringLiteral("none"));
+        QVERIFY(!UserEnvironment::UserIsSignedIn());
     }
 
     void choosingAnotherObject_data()
