@@ -104,6 +104,12 @@ void TrackListBlock::PlayTrack(long trackId)
 
 void TrackListBlock::RefreshTrackLikeStatusById(long trackId, LikeStatus status)
 {
+    // The list the screens show is this copy, not the player's.
+    for (auto& track : tracks) {
+        if (track.id == trackId) {
+            track.likeStatus = status;
+        }
+    }
     player.RefreshTrackLikeStatusById(trackId, status);
 }
 

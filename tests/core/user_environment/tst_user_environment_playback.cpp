@@ -461,6 +461,8 @@ private slots:
         QCOMPARE(StoredLikeOf(liked), static_cast<int>(status));
         QCOMPARE(LikeOf(player->Configuration().tracks.at(ContentType::Music), liked),
                  static_cast<int>(status));
+        // The playing schedule's list, as the track list on screen shows it.
+        QCOMPARE(LikeOf(player->GetCurrentTracks(ContentType::Music), liked), static_cast<int>(status));
         player->GoToNextTrack(ContentType::Music);
         QTRY_VERIFY_WITH_TIMEOUT(!starts.likes.empty(), Tests::Timeouts::Process);
         QCOMPARE(starts.likes.front(), (std::pair<int, int>(liked, static_cast<int>(status))));
