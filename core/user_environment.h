@@ -240,7 +240,7 @@ public:
     // Test seams, like the clock's; the program itself never calls them.
     static void SetReportDelayForTesting(int milliseconds);
     static void SetMinuteForTesting(int milliseconds);
-    // The designed report delay and minute again.
+    // The program's own report delay and minute again.
     static void ResetTimingForTesting();
     // What a new process starts with: no current environment (the stored sign-in
     // stays) and no delayed start run yet.
