@@ -6,6 +6,7 @@
 #include "core/networking/unauthorized_error_listener.h"
 #include "core/playback_configuration_updated_observer.h"
 #include "core/user_environment.h"
+#include "tests/core/user_environment/shop_session.h"
 #include "tests/support/call_outcome.h"
 #include "tests/support/reference_service.h"
 #include "tests/support/service_fault.h"
@@ -277,12 +278,9 @@ private:
     // Waits until the new environment has announced itself with its token.
     void SignIn(const PlaybackObject& object, Environment& environment)
     {
-        Tests::CallOutcome<Environment, Error> outcome;
-        UserEnvironment::CreateAndStoreEnvironment(server, object, "owner", "secret", outcome.Success(),
-                                                   outcome.Failure());
-        WAIT_FOR(outcome);
-        QVERIFY2(outcome.value, qPrintable(outcome.Describe()));
-        environment = outcome.value;
+        QString error;
+        environment = Tests::ShopSession::SignedIn(server, object, &error);
+        QVERIFY2(environment, qPrintable(error));
         QTRY_COMPARE_WITH_TIMEOUT(PlayerVersionsOf(Text(object.code)), 1, Tests::Timeouts::Process);
     }
 
@@ -302,11 +300,8 @@ private slots:
         QString error;
         service = Tests::ReferenceService::Started(QStringLiteral("basic"), &error);
         QVERIFY2(service, qPrintable(error));
-        server.id = 1;
-        server.name = "Тестовый сервер";
-        server.url = service->BaseUrl().toStdString();
-        shop1.id = 101;
-        shop1.code = "shop1";
+        server = Tests::ShopSession::ServerOf(*service);
+        shop1 = Tests::ShopSession::Shop();
         shop2.id = 102;
         shop2.code = "shop2";
     }
@@ -323,11 +318,7 @@ private slots:
 
     void cleanup()
     {
-        UserEnvironment::ForgetProcessStateForTesting();
-        UserEnvironment::ResetTimingForTesting();
-        // A released environment goes on the next pass of the event loop.
-        QCoreApplication::processEvents();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        Tests::ShopSession::ForgetSession();
         dataDirectory.reset();
     }
 

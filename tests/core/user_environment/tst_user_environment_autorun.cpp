@@ -3,11 +3,10 @@
 #include "core/data_types/auth/server.h"
 #include "core/settings.h"
 #include "core/user_environment.h"
-#include "core/utilities/clock.h"
 #include "tests/core/content_playing/test_periods.h"
 #include "tests/core/content_playing/tone_timeline.h"
 #include "tests/core/content_playing/two_sink_listener.h"
-#include "tests/support/call_outcome.h"
+#include "tests/core/user_environment/shop_session.h"
 #include "tests/support/event_log.h"
 #include "tests/support/reference_service.h"
 #include "tests/support/test_data_directory.h"
@@ -23,6 +22,7 @@ using Core::Settings;
 using Core::UserEnvironment;
 using Core::DataTypes::Playback::ContentType;
 using Tests::EventLog;
+using Tests::ShopSession;
 using Tests::ToneTimeline;
 
 namespace {
@@ -43,21 +43,8 @@ QString Armed(unsigned delaySeconds)
 // Music all morning of the test day.
 QJsonObject MorningOfMusic()
 {
-    const QJsonObject period{{"name", "Утро"},         {"start_time_str", "09:00"}, {"end_time_str", "13:00"},
-                             {"content_volume", 100},  {"ads_volume", 100},         {"music_playlist_id", 11},
-                             {"video_playlist_id", 0}, {"photo_playlist_id", 0}};
-    QJsonArray content{QJsonObject{{"type", "music"},
-                                   {"tracks", QJsonArray{QJsonObject{{"id", 1}, {"path", "music_a.mp3"}}}}}};
-    for (const char* type : {"clip", "video", "photo"}) {
-        content.append(QJsonObject{{"type", type}, {"tracks", QJsonArray()}});
-    }
-    return {{"schedule", QJsonArray{QJsonObject{{"day_offset", 0}, {"periods", QJsonArray{period}}}}},
-            {"playlists", QJsonArray{QJsonObject{{"id", 11},
-                                                 {"name", "Музыка"},
-                                                 {"content_type", "music"},
-                                                 {"image", ""},
-                                                 {"tracks", QJsonArray{1}}}}},
-            {"content", content}};
+    return ShopSession::Schedule({ShopSession::Period("Утро", "09:00", "13:00", 11)},
+                                 {ShopSession::MusicPlaylist(11, "Музыка", {1})});
 }
 
 } // namespace
@@ -79,32 +66,25 @@ private:
 
     std::shared_ptr<UserEnvironment> SignIn()
     {
-        Tests::CallOutcome<std::shared_ptr<UserEnvironment>, Core::DataTypes::Error> signIn;
-        UserEnvironment::CreateAndStoreEnvironment(server, object, "owner", "secret", signIn.Success(),
-                                                   signIn.Failure());
-        if (!QTest::qWaitFor([&signIn]() { return signIn.Calls() > 0; }, Tests::Timeouts::Process)) {
-            qWarning("the sign-in did not answer");
-        } else if (!signIn.value) {
-            qWarning("%s", qPrintable(signIn.Describe()));
+        QString error;
+        auto signedIn = ShopSession::SignedIn(server, object, &error);
+        if (!signedIn) {
+            qWarning("%s", qPrintable(error));
         }
-        return signIn.value;
+        return signedIn;
     }
 
 private slots:
     void initTestCase()
     {
         QVERIFY(content.isValid());
-        QVERIFY(QDir(content.path()).mkpath(QStringLiteral("music")));
-        const QString source = Tests::TestMedia::Path(QStringLiteral("music_a.mp3"));
-        QVERIFY2(!source.isEmpty(), "register the test with NEEDS media");
-        QVERIFY(QFile::copy(source, content.filePath(QStringLiteral("music/music_a.mp3"))));
         QString error;
-        service = Tests::ReferenceService::Started(QStringLiteral("basic"), &error, content.path());
+        service = ShopSession::StartedServing(
+            content.path(),
+            {"music/music_a.mp3", "music/music_b.mp3", "music/music_c.mp3", "clip/ad_short.mp3"}, &error);
         QVERIFY2(service, qPrintable(error));
-        server.id = 1;
-        server.url = service->BaseUrl().toStdString();
-        object.id = 101;
-        object.code = kShop.toStdString();
+        server = ShopSession::ServerOf(*service);
+        object = ShopSession::Shop();
         QVERIFY2(listener.Start(), qPrintable(listener.ErrorString()));
         // The argument reaches the program, whatever Qt Test was handed.
         QCOMPARE(UserEnvironment::AppHasAutorunArgument(), startedAtLogin);
@@ -132,13 +112,10 @@ private slots:
             environment->StopAndClearPlayer();
         }
         environment.reset();
-        UserEnvironment::ForgetProcessStateForTesting();
-        UserEnvironment::ResetTimingForTesting();
-        Core::Utilities::Clock::ResetForTesting();
+        ShopSession::ForgetSession();
         // The autostart entry is outside the data directory.
         Settings::SetAutoRunEnabled(false);
         dataDirectory.reset();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
     // Only a start at login with autorun switched on and minimising asked for.
@@ -167,10 +144,8 @@ private slots:
         // Signed in and the schedule stored on an earlier day, autorun still off.
         std::shared_ptr<UserEnvironment> earlier = SignIn();
         QVERIFY(earlier);
-        int loads = 0;
-        earlier->LoadPlaybackConfiguration([&loads](bool, const std::string&) { ++loads; },
-                                           [&loads](std::shared_ptr<Core::DataTypes::Error>) { ++loads; });
-        QTRY_COMPARE_WITH_TIMEOUT(loads, 1, Tests::Timeouts::Process);
+        QString error;
+        QVERIFY2(ShopSession::LoadSchedule(*earlier, &error), qPrintable(error));
         earlier.reset();
 
         Settings::SetAutoRunEnabled(true);

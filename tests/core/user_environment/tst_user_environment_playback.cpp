@@ -8,10 +8,10 @@
 #include "core/playback_configuration_updated_observer.h"
 #include "core/settings.h"
 #include "core/user_environment.h"
-#include "core/utilities/clock.h"
 #include "tests/core/content_playing/test_periods.h"
 #include "tests/core/content_playing/tone_timeline.h"
 #include "tests/core/content_playing/two_sink_listener.h"
+#include "tests/core/user_environment/shop_session.h"
 #include "tests/support/call_outcome.h"
 #include "tests/support/event_log.h"
 #include "tests/support/pcm_analysis.h"
@@ -32,6 +32,7 @@ using Core::DataTypes::Playback::LikeStatus;
 using Core::DataTypes::Playback::PlaybackConfiguration;
 using Core::DataTypes::Playback::Track;
 using Tests::EventLog;
+using Tests::ShopSession;
 using Tests::ToneTimeline;
 
 Q_DECLARE_METATYPE(Core::LikeAction)
@@ -51,28 +52,10 @@ const QString kDeferredRestart =
 
 // The test day's schedule as the server keeps it: one period over the whole
 // morning playing the music playlist in the order given.
-QJsonObject ShopTemplate(const QString& periodName, const QJsonArray& musicIds)
+QJsonObject ShopTemplate(const QString& periodName, const QList<int>& musicIds)
 {
-    const QJsonObject period{{"name", periodName},       {"start_time_str", "09:00"},
-                             {"end_time_str", "13:00"},  {"content_volume", 100},
-                             {"ads_volume", 100},        {"schedule_id", 7},
-                             {"schedule_name", "Будни"}, {"music_playlist_id", 11},
-                             {"video_playlist_id", 0},   {"photo_playlist_id", 0}};
-    const QJsonObject day{
-        {"day_offset", 0}, {"schedule_id", 7}, {"schedule_name", "Будни"}, {"periods", QJsonArray{period}}};
-    const QJsonObject playlist{
-        {"id", 11}, {"name", "Музыка"}, {"content_type", "music"}, {"image", ""}, {"tracks", musicIds}};
-    const QJsonArray music{QJsonObject{{"id", 1}, {"path", "music_a.mp3"}},
-                           QJsonObject{{"id", 2}, {"path", "music_b.mp3"}},
-                           QJsonObject{{"id", 3}, {"path", "music_c.mp3"}}};
-    QJsonArray content{QJsonObject{{"type", "music"}, {"tracks", music}}};
-    for (const char* type : {"clip", "video", "photo"}) {
-        content.append(QJsonObject{{"type", type}, {"tracks", QJsonArray()}});
-    }
-    return {{"schedule", QJsonArray{day}},
-            {"playlists", QJsonArray{playlist}},
-            {"ads", QJsonArray()},
-            {"content", content}};
+    return ShopSession::Schedule({ShopSession::Period(periodName, "09:00", "13:00", 11)},
+                                 {ShopSession::MusicPlaylist(11, "Музыка", musicIds)});
 }
 
 int Count(const QString& entry)
@@ -214,23 +197,10 @@ private:
     void SignInAndPlay(int minuteMs, bool listen)
     {
         UserEnvironment::SetMinuteForTesting(minuteMs);
-        Tests::CallOutcome<std::shared_ptr<UserEnvironment>, Core::DataTypes::Error> signIn;
-        UserEnvironment::CreateAndStoreEnvironment(server, object, "owner", "secret", signIn.Success(),
-                                                   signIn.Failure());
-        QTRY_COMPARE_WITH_TIMEOUT(signIn.Calls(), 1, Tests::Timeouts::Process);
-        QVERIFY2(signIn.value, qPrintable(signIn.Describe()));
-        environment = signIn.value;
-
-        int loads = 0;
-        QString loadError;
-        environment->LoadPlaybackConfiguration(
-            [&loads](bool, const std::string&) { ++loads; },
-            [&loads, &loadError](std::shared_ptr<Core::DataTypes::Error> e) {
-                ++loads;
-                loadError = QString::fromStdString(e->ToString());
-            });
-        QTRY_COMPARE_WITH_TIMEOUT(loads, 1, Tests::Timeouts::Process);
-        QVERIFY2(loadError.isEmpty(), qPrintable(loadError));
+        QString error;
+        environment = ShopSession::SignedIn(server, object, &error);
+        QVERIFY2(environment, qPrintable(error));
+        QVERIFY2(ShopSession::LoadSchedule(*environment, &error), qPrintable(error));
         player = environment->GetContentPlayer();
         QVERIFY(player);
         player->Start();
@@ -254,21 +224,13 @@ private slots:
     void initTestCase()
     {
         QVERIFY(content.isValid());
-        QVERIFY(QDir(content.path()).mkpath(QStringLiteral("music")));
-        for (const char* name : {"music_a.mp3", "music_b.mp3", "music_c.mp3"}) {
-            const QString source = Tests::TestMedia::Path(QString::fromLatin1(name));
-            QVERIFY2(!source.isEmpty(), "register the test with NEEDS media");
-            QVERIFY(QFile::copy(source, content.filePath(QStringLiteral("music/") + name)));
-        }
         QString error;
-        service = Tests::ReferenceService::Started(QStringLiteral("basic"), &error, content.path());
+        service = ShopSession::StartedServing(
+            content.path(),
+            {"music/music_a.mp3", "music/music_b.mp3", "music/music_c.mp3", "clip/ad_short.mp3"}, &error);
         QVERIFY2(service, qPrintable(error));
-        server.id = 1;
-        server.name = "Тестовый сервер";
-        server.url = service->BaseUrl().toStdString();
-        object.id = 101;
-        object.code = kShop.toStdString();
-        object.name = "Кофейня";
+        server = ShopSession::ServerOf(*service);
+        object = ShopSession::Shop();
         QVERIFY2(listener.Start(), qPrintable(listener.ErrorString()));
     }
 
@@ -305,11 +267,8 @@ private slots:
         }
         player.reset();
         environment.reset();
-        UserEnvironment::ForgetProcessStateForTesting();
-        UserEnvironment::ResetTimingForTesting();
-        Core::Utilities::Clock::ResetForTesting();
+        ShopSession::ForgetSession();
         dataDirectory.reset();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
     // Each tick checks the server; what it finds decides the log line, the

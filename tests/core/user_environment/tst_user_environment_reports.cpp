@@ -12,6 +12,7 @@
 #include "tests/core/content_playing/test_sinks_keep_alive.h"
 #include "tests/core/content_playing/tone_timeline.h"
 #include "tests/core/content_playing/two_sink_listener.h"
+#include "tests/core/user_environment/shop_session.h"
 #include "tests/support/call_outcome.h"
 #include "tests/support/event_log.h"
 #include "tests/support/reference_service.h"
@@ -31,6 +32,7 @@ using Core::ContentPlaying::Player;
 using Core::DataBase::DbManager;
 using Core::DataTypes::Playback::ContentType;
 using Core::DataTypes::Playback::Track;
+using Tests::ShopSession;
 
 namespace {
 
@@ -46,8 +48,6 @@ constexpr int UpdateTickMs = TestMinuteMs * static_cast<int>(UpdateIntervalMinut
 // report was due: the report timer, like every coarse timer, may be 5 % off.
 constexpr int JudgingMarginMs = 400;
 constexpr int MusicVolume = 90;
-constexpr int ShopId = 101;
-constexpr int AdTrack = 41;
 
 const QString TickEntry = QStringLiteral("Сработал таймер обновления по времени");
 // An update that could not reach the server goes on with the stored configuration.
@@ -57,55 +57,21 @@ const QString SuccessfulUpdateEntry =
 
 QJsonObject Period(const QString& name, const QString& start, const QString& end, int musicPlaylist)
 {
-    return {{"name", name},
-            {"start_time_str", start},
-            {"end_time_str", end},
-            {"content_volume", MusicVolume},
-            {"ads_volume", 80},
-            {"schedule_id", 7},
-            {"schedule_name", "Будни"},
-            {"music_playlist_id", musicPlaylist},
-            {"video_playlist_id", 0},
-            {"photo_playlist_id", 0}};
+    return ShopSession::Period(name, start, end, musicPlaylist, MusicVolume, 80);
 }
 
 QJsonObject Playlist(int id, const QList<int>& tracks)
 {
-    QJsonArray ids;
-    for (const int track : tracks) {
-        ids.append(track);
-    }
-    return {{"id", id},
-            {"name", QStringLiteral("Музыка %1").arg(id)},
-            {"content_type", "music"},
-            {"image", ""},
-            {"tracks", ids}};
+    return ShopSession::MusicPlaylist(id, QStringLiteral("Музыка %1").arg(id), tracks);
 }
 
-// Today's schedule with music tracks 1-3 (the first one's file given, then music_b
-// and music_c) and, when `adAt` is set, an interrupting block of the ad at that minute.
+// Today's schedule with, when `adAt` is set, an interrupting block of the ad at that minute.
 QJsonObject Template(const QJsonArray& periods, const QJsonArray& playlists, const QString& adAt = QString(),
                      const QString& firstMusicFile = QStringLiteral("music_a.mp3"))
 {
-    QJsonArray ads;
-    if (!adAt.isEmpty()) {
-        ads.append(QJsonObject{{"name", "Полдень"},
-                               {"interrupt_content", true},
-                               {"start_time_str", adAt},
-                               {"tracks", QJsonArray{QJsonObject{{"track", AdTrack}, {"day_offset", 0}}}}});
-    }
-    const QJsonArray music{QJsonObject{{"id", 1}, {"path", firstMusicFile}},
-                           QJsonObject{{"id", 2}, {"path", "music_b.mp3"}},
-                           QJsonObject{{"id", 3}, {"path", "music_c.mp3"}}};
-    return {{"schedule", QJsonArray{QJsonObject{{"day_offset", 0}, {"periods", periods}}}},
-            {"playlists", playlists},
-            {"ads", ads},
-            {"content", QJsonArray{QJsonObject{{"type", "clip"},
-                                               {"tracks", QJsonArray{QJsonObject{{"id", AdTrack},
-                                                                                 {"path", "ad_short.mp3"}}}}},
-                                   QJsonObject{{"type", "music"}, {"tracks", music}},
-                                   QJsonObject{{"type", "video"}, {"tracks", QJsonArray()}},
-                                   QJsonObject{{"type", "photo"}, {"tracks", QJsonArray()}}}}};
+    return ShopSession::Schedule(periods, playlists,
+                                 adAt.isEmpty() ? QJsonArray() : QJsonArray{ShopSession::AdBlock(adAt)},
+                                 firstMusicFile);
 }
 
 // One period around the test clock playing tracks 1, 2, 3.
@@ -191,7 +157,8 @@ bool IsReportOf(const QJsonObject& report, const Start& start)
 {
     const bool music = start.type == ContentType::Music;
     const QTime stamped = QTime::fromString(report.value("time").toString(), QStringLiteral("HH:mm:ss"));
-    return report.value("track_id").toInt() == start.id && report.value("shop_id").toInt() == ShopId &&
+    return report.value("track_id").toInt() == start.id &&
+           report.value("shop_id").toInt() == ShopSession::ShopId &&
            report.value("type").toString() == (music ? "music" : "clip") &&
            (!music || report.value("volume").toInt() == MusicVolume) &&
            report.value("date").toString() == QString::fromStdString(Tests::TestPeriods::Today()) &&
@@ -255,19 +222,10 @@ private:
         QVERIFY2(service->ReplaceConfiguration(QStringLiteral("shop1"), configurationTemplate) > 0,
                  qPrintable(service->ErrorString()));
         Tests::TestPeriods::SetNow(now);
-        Tests::CallOutcome<std::shared_ptr<UserEnvironment>, Core::DataTypes::Error> signIn;
-        UserEnvironment::CreateAndStoreEnvironment(server, shop, "owner", "secret", signIn.Success(),
-                                                   signIn.Failure());
-        QTRY_COMPARE_WITH_TIMEOUT(signIn.Calls(), 1, Tests::Timeouts::Process);
-        QVERIFY2(signIn.successes == 1 && signIn.value, qPrintable(signIn.Describe()));
-        environment = signIn.value;
-
-        Tests::CallOutcome<bool, Core::DataTypes::Error> loading;
-        const auto loaded = loading.Success();
-        environment->LoadPlaybackConfiguration(
-            [loaded](bool updated, const std::string&) { loaded(updated); }, loading.Failure());
-        QTRY_COMPARE_WITH_TIMEOUT(loading.Calls(), 1, Tests::Timeouts::Process);
-        QVERIFY2(loading.successes == 1 && loading.value, qPrintable(loading.Describe()));
+        QString error;
+        environment = ShopSession::SignedIn(server, shop, &error);
+        QVERIFY2(environment, qPrintable(error));
+        QVERIFY2(ShopSession::LoadSchedule(*environment, &error), qPrintable(error));
 
         player = environment->GetContentPlayer();
         QVERIFY(player);
@@ -312,24 +270,14 @@ private slots:
     void initTestCase()
     {
         QVERIFY(content.isValid());
-        const QList<QPair<QString, QString>> files = {{"music", "music_a.mp3"},
-                                                      {"music", "music_b.mp3"},
-                                                      {"music", "music_c.mp3"},
-                                                      {"music", "short_a.mp3"},
-                                                      {"clip", "ad_short.mp3"}};
-        for (const auto& [folder, name] : files) {
-            const QString source = Tests::TestMedia::Path(name);
-            QVERIFY2(!source.isEmpty(), "register the test with NEEDS media");
-            QVERIFY(QDir(content.path()).mkpath(folder));
-            QVERIFY(QFile::copy(source, content.filePath(folder + QLatin1Char('/') + name)));
-        }
         QString error;
-        service = Tests::ReferenceService::Started(QStringLiteral("basic"), &error, content.path());
+        service = ShopSession::StartedServing(content.path(),
+                                              {"music/music_a.mp3", "music/music_b.mp3", "music/music_c.mp3",
+                                               "music/short_a.mp3", "clip/ad_short.mp3"},
+                                              &error);
         QVERIFY2(service, qPrintable(error));
-        server.id = 1;
-        server.url = service->BaseUrl().toStdString();
-        shop.id = ShopId;
-        shop.code = "shop1";
+        server = ShopSession::ServerOf(*service);
+        shop = ShopSession::Shop();
     }
 
     void cleanupTestCase()
@@ -366,13 +314,10 @@ private slots:
         }
         player.reset();
         environment.reset();
-        UserEnvironment::ForgetProcessStateForTesting();
-        UserEnvironment::ResetTimingForTesting();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        ShopSession::ForgetSession();
         startLog.reset();
         sinks.reset();
         dataDirectory.reset();
-        Core::Utilities::Clock::ResetForTesting();
     }
 
     // Music replaced before the delay was not heard: only the track after it, which
@@ -424,7 +369,7 @@ private slots:
         const auto hasAd = [this]() {
             const QJsonArray reports = Reports();
             return std::any_of(reports.begin(), reports.end(), [](const QJsonValue& report) {
-                return report.toObject().value("track_id").toInt() == AdTrack;
+                return report.toObject().value("track_id").toInt() == ShopSession::AdTrack;
             });
         };
         QTRY_VERIFY2_WITH_TIMEOUT(hasAd(), qPrintable(Describe(Reports())), Tests::Timeouts::Quick);
@@ -527,8 +472,9 @@ private slots:
         // Wait for the ad and the new period's music to be stored, and two failed updates.
         const auto storedOffline = [&]() {
             const auto stored = Stored();
-            const bool ad = std::any_of(stored.begin(), stored.end(),
-                                        [](const auto& report) { return report.track_id == AdTrack; });
+            const bool ad = std::any_of(stored.begin(), stored.end(), [](const auto& report) {
+                return report.track_id == ShopSession::AdTrack;
+            });
             const bool music = std::any_of(stored.begin(), stored.end(), [](const auto& report) {
                 return report.time >= "10:30:00" && report.type == "music";
             });
