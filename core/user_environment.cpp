@@ -82,6 +82,16 @@ std::shared_ptr<Error> UnusableSignInError()
         "Ответ сервера не содержит данных для входа");
 }
 
+// The configuration in the database; null when none is stored or it cannot be read.
+std::shared_ptr<PlaybackConfiguration> StoredConfiguration()
+{
+    std::shared_ptr<PlaybackConfiguration> configuration;
+    if (!DbManager::GetInstance().SavedPlaybackConfiguration(configuration)) {
+        return nullptr;
+    }
+    return configuration;
+}
+
 // A failure of the server passed on where any failure is expected.
 UserEnvironment::NetworkFailure AsNetworkFailure(UserEnvironment::Failure onError)
 {
@@ -657,8 +667,8 @@ void UserEnvironment::LoadPlaybackConfiguration(UpdateHandler onSuccess, Failure
 
 bool UserEnvironment::HandStoredConfigurationToPlayer()
 {
-    std::shared_ptr<PlaybackConfiguration> configuration;
-    if (!DbManager::GetInstance().SavedPlaybackConfiguration(configuration) || !configuration) {
+    const auto configuration = StoredConfiguration();
+    if (!configuration) {
         return false;
     }
     if (player) {
@@ -670,8 +680,8 @@ bool UserEnvironment::HandStoredConfigurationToPlayer()
 void UserEnvironment::StoredPlaybackConfiguration(std::function<void(PlaybackConfiguration)> onSuccess,
                                                   Failure onError)
 {
-    std::shared_ptr<PlaybackConfiguration> configuration;
-    if (!DbManager::GetInstance().SavedPlaybackConfiguration(configuration) || !configuration) {
+    const auto configuration = StoredConfiguration();
+    if (!configuration) {
         CallLater(onError, Error::CreateDataBaseError());
         return;
     }
@@ -681,8 +691,8 @@ void UserEnvironment::StoredPlaybackConfiguration(std::function<void(PlaybackCon
 void UserEnvironment::UserFacingSchedules(std::function<void(std::vector<UserFacingSchedule>)> onSuccess,
                                           Failure onError)
 {
-    std::shared_ptr<PlaybackConfiguration> configuration;
-    if (!DbManager::GetInstance().SavedPlaybackConfiguration(configuration) || !configuration) {
+    const auto configuration = StoredConfiguration();
+    if (!configuration) {
         CallLater(onError, Error::CreateDataBaseError());
         return;
     }
@@ -744,8 +754,8 @@ std::shared_ptr<ContentPlaying::Player> UserEnvironment::GetContentPlayer()
     if (signInRefused) {
         return nullptr;
     }
-    std::shared_ptr<PlaybackConfiguration> configuration;
-    if (!DbManager::GetInstance().SavedPlaybackConfiguration(configuration) || !configuration) {
+    const auto configuration = StoredConfiguration();
+    if (!configuration) {
         return nullptr;
     }
     player = std::make_shared<ContentPlaying::Player>(*configuration);
@@ -929,9 +939,8 @@ void UserEnvironment::SendLikeAction(LikeAction action, std::int32_t trackId,
 void UserEnvironment::UpdateLikeStatusForTrack(std::int32_t trackId, LikeStatus status,
                                                std::function<void(LikeStatus)> onSuccess, Failure onError)
 {
-    std::shared_ptr<PlaybackConfiguration> configuration;
-    DbManager& database = DbManager::GetInstance();
-    if (!database.SavedPlaybackConfiguration(configuration) || !configuration) {
+    const auto configuration = StoredConfiguration();
+    if (!configuration) {
         CallLater(onError, Error::CreateDataBaseError());
         return;
     }
@@ -942,7 +951,7 @@ void UserEnvironment::UpdateLikeStatusForTrack(std::int32_t trackId, LikeStatus 
             }
         }
     }
-    if (!database.SavePlaybackConfiguration(*configuration)) {
+    if (!DbManager::GetInstance().SavePlaybackConfiguration(*configuration)) {
         CallLater(onError, Error::CreateDataBaseError());
         return;
     }
