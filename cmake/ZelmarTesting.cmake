@@ -94,7 +94,10 @@ function(zelmar_add_test name)
         "ZELMAR_TEST_SOURCE_DIR=${PROJECT_SOURCE_DIR}"
         "XDG_DATA_HOME=${ZELMAR_TEST_STATE_DIR}/xdg/${name}/data"
         "XDG_CONFIG_HOME=${ZELMAR_TEST_STATE_DIR}/xdg/${name}/config"
-        "XDG_CACHE_HOME=${ZELMAR_TEST_STATE_DIR}/xdg/${name}/cache")
+        "XDG_CACHE_HOME=${ZELMAR_TEST_STATE_DIR}/xdg/${name}/cache"
+        # Screens draw with Qt Quick's software renderer, as on kiosk boxes without
+        # a GPU; QQuickWidget on the offscreen platform aborts without it.
+        "QT_QUICK_BACKEND=software")
     set(fixtures "")
     set(platform offscreen)
     foreach(need IN LISTS ARG_NEEDS)

@@ -992,12 +992,17 @@ void UserEnvironment::ResetTimingForTesting()
     sMillisecondsPerMinute = MillisecondsPerMinute;
 }
 
-void UserEnvironment::ForgetProcessStateForTesting()
+void UserEnvironment::ReleaseCurrentEnvironment()
 {
     if (sCurrentEnvironment) {
         sCurrentEnvironment->StopAndClearPlayer();
     }
     sCurrentEnvironment.reset();
+}
+
+void UserEnvironment::ForgetProcessStateForTesting()
+{
+    ReleaseCurrentEnvironment();
     sStartPlayerTimerRun = false;
 }
 

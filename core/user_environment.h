@@ -242,6 +242,10 @@ public:
     static void SetMinuteForTesting(int milliseconds);
     // The program's own report delay and minute again.
     static void ResetTimingForTesting();
+    // The application's last word, before its event loop ends: the player stops and
+    // the current environment is destroyed while Qt is still whole. The stored sign-in
+    // stays, so the next start resumes playing.
+    static void ReleaseCurrentEnvironment();
     // What a new process starts with: no current environment (the stored sign-in
     // stays) and no delayed start run yet.
     static void ForgetProcessStateForTesting();

@@ -1,0 +1,410 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QObject>
+#include <QUrl>
+
+#include <cstdint>
+
+// Declares one theme property: the Qt property QML binds to, its read operation and
+// its change signal. moc expands the macro, so the property is as real to QML as a
+// hand-written one. `notify` is the name with a lower-case first letter.
+#define ZELMAR_THEME_PROPERTY(Type, Name, notify)                                                            \
+    Q_PROPERTY(Type Name READ Name NOTIFY notify##Changed)                                                   \
+public:                                                                                                      \
+    Type Name() const;                                                                                       \
+    Q_SIGNAL void notify##Changed();
+
+#define ZELMAR_COLOR(Name, notify) ZELMAR_THEME_PROPERTY(QColor, Name, notify)
+#define ZELMAR_FONT(Name, notify) ZELMAR_THEME_PROPERTY(QFont, Name, notify)
+#define ZELMAR_POINT_SIZE(Name, notify) ZELMAR_THEME_PROPERTY(int, Name, notify)
+#define ZELMAR_ICON(Name, notify) ZELMAR_THEME_PROPERTY(QUrl, Name, notify)
+#define ZELMAR_METRIC(Name, notify) ZELMAR_THEME_PROPERTY(int, Name, notify)
+#define ZELMAR_RATIO(Name, notify) ZELMAR_THEME_PROPERTY(qreal, Name, notify)
+
+namespace UI {
+
+// The one theme of the screens: every colour, font, size, icon and metric a QML
+// document uses comes from here (the documents see it as "UiKit"), so that switching
+// between the light and the dark palette repaints every open screen at once.
+// Property names read element, part, aspect.
+class UiKit : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum DeviceType : std::int32_t
+    {
+        Smartphone = 0,
+        Desktop = 2,
+        LargeScreen = 3,
+    };
+
+    static UiKit& GetInstance();
+
+    bool IsDarkTheme() const;
+    // Both store the choice in the settings, then repaint every screen.
+    void SetDarkTheme(bool dark);
+    void SwitchTheme();
+    void EmitAllSignals();
+
+    void SetDeviceType(std::int32_t type);
+    std::int32_t DeviceType() const;
+    bool IsSmartphone() const;
+
+    // The theme's palette as a QML-readable flag, for the theme switch.
+    Q_PROPERTY(bool IsDark READ IsDarkTheme NOTIFY isDarkChanged)
+    Q_SIGNAL void isDarkChanged();
+
+    // ---- colours: the screen and its surfaces ----
+    ZELMAR_COLOR(ScreenBackgroundColor, screenBackgroundColor)
+    ZELMAR_COLOR(CardBackground, cardBackground)
+    ZELMAR_COLOR(CardBorderColor, cardBorderColor)
+    ZELMAR_COLOR(CardHoverBackground, cardHoverBackground)
+    ZELMAR_COLOR(CardSelectedBackground, cardSelectedBackground)
+    ZELMAR_COLOR(CardSelectedBorderColor, cardSelectedBorderColor)
+    ZELMAR_COLOR(DividerColor, dividerColor)
+    ZELMAR_COLOR(FocusRingColor, focusRingColor)
+    ZELMAR_COLOR(BlackoutColor, blackoutColor)
+    ZELMAR_COLOR(ShadowColor, shadowColor)
+    // ---- colours: text at its three strengths and the signal colours ----
+    ZELMAR_COLOR(TextPrimaryColor, textPrimaryColor)
+    ZELMAR_COLOR(TextSecondaryColor, textSecondaryColor)
+    ZELMAR_COLOR(TextDisabledColor, textDisabledColor)
+    ZELMAR_COLOR(TextOnAccentColor, textOnAccentColor)
+    ZELMAR_COLOR(AccentColor, accentColor)
+    ZELMAR_COLOR(AccentSoftBackground, accentSoftBackground)
+    ZELMAR_COLOR(WarningColor, warningColor)
+    ZELMAR_COLOR(WarningSoftBackground, warningSoftBackground)
+    ZELMAR_COLOR(ErrorColor, errorColor)
+    ZELMAR_COLOR(ErrorSoftBackground, errorSoftBackground)
+    ZELMAR_COLOR(LinkColor, linkColor)
+    ZELMAR_COLOR(LinkHoverColor, linkHoverColor)
+    // ---- colours: buttons ----
+    ZELMAR_COLOR(PrimaryButtonBackground, primaryButtonBackground)
+    ZELMAR_COLOR(PrimaryButtonHoverBackground, primaryButtonHoverBackground)
+    ZELMAR_COLOR(PrimaryButtonPressedBackground, primaryButtonPressedBackground)
+    ZELMAR_COLOR(PrimaryButtonDisabledBackground, primaryButtonDisabledBackground)
+    ZELMAR_COLOR(PrimaryButtonTextColor, primaryButtonTextColor)
+    ZELMAR_COLOR(PrimaryButtonDisabledTextColor, primaryButtonDisabledTextColor)
+    ZELMAR_COLOR(SecondaryButtonBackground, secondaryButtonBackground)
+    ZELMAR_COLOR(SecondaryButtonHoverBackground, secondaryButtonHoverBackground)
+    ZELMAR_COLOR(SecondaryButtonPressedBackground, secondaryButtonPressedBackground)
+    ZELMAR_COLOR(SecondaryButtonBorderColor, secondaryButtonBorderColor)
+    ZELMAR_COLOR(SecondaryButtonTextColor, secondaryButtonTextColor)
+    ZELMAR_COLOR(DangerButtonBackground, dangerButtonBackground)
+    ZELMAR_COLOR(DangerButtonHoverBackground, dangerButtonHoverBackground)
+    ZELMAR_COLOR(DangerButtonTextColor, dangerButtonTextColor)
+    ZELMAR_COLOR(IconButtonHoverBackground, iconButtonHoverBackground)
+    ZELMAR_COLOR(IconButtonPressedBackground, iconButtonPressedBackground)
+    // ---- colours: input fields and choosers ----
+    ZELMAR_COLOR(TextFieldBackground, textFieldBackground)
+    ZELMAR_COLOR(TextFieldBorderColor, textFieldBorderColor)
+    ZELMAR_COLOR(TextFieldBorderColorSelected, textFieldBorderColorSelected)
+    ZELMAR_COLOR(TextFieldBorderColorError, textFieldBorderColorError)
+    ZELMAR_COLOR(TextFieldTextColor, textFieldTextColor)
+    ZELMAR_COLOR(TextFieldPlaceholderColor, textFieldPlaceholderColor)
+    ZELMAR_COLOR(TextFieldSelectionBackground, textFieldSelectionBackground)
+    ZELMAR_COLOR(ComboBoxPopupBackground, comboBoxPopupBackground)
+    ZELMAR_COLOR(ComboBoxItemHoverBackground, comboBoxItemHoverBackground)
+    ZELMAR_COLOR(SuggestionListBackground, suggestionListBackground)
+    ZELMAR_COLOR(SuggestionListItemHoverBackground, suggestionListItemHoverBackground)
+    ZELMAR_COLOR(SwitchTrackColor, switchTrackColor)
+    ZELMAR_COLOR(SwitchTrackColorSelected, switchTrackColorSelected)
+    ZELMAR_COLOR(SwitchKnobColor, switchKnobColor)
+    ZELMAR_COLOR(SliderTrackColor, sliderTrackColor)
+    ZELMAR_COLOR(SliderTrackColorSelected, sliderTrackColorSelected)
+    ZELMAR_COLOR(SliderHandleColor, sliderHandleColor)
+    ZELMAR_COLOR(ChipBackground, chipBackground)
+    ZELMAR_COLOR(ChipBackgroundSelected, chipBackgroundSelected)
+    ZELMAR_COLOR(ChipBorderColor, chipBorderColor)
+    ZELMAR_COLOR(ChipTextColor, chipTextColor)
+    ZELMAR_COLOR(ChipTextColorSelected, chipTextColorSelected)
+    // ---- colours: sign-in and sign-up ----
+    ZELMAR_COLOR(AuthCardBackground, authCardBackground)
+    ZELMAR_COLOR(AuthProductNameColor, authProductNameColor)
+    ZELMAR_COLOR(AuthFooterTextColor, authFooterTextColor)
+    ZELMAR_COLOR(AuthMessageErrorColor, authMessageErrorColor)
+    ZELMAR_COLOR(AuthMessageWarningColor, authMessageWarningColor)
+    ZELMAR_COLOR(StepIndicatorColor, stepIndicatorColor)
+    ZELMAR_COLOR(StepIndicatorColorSelected, stepIndicatorColorSelected)
+    ZELMAR_COLOR(StepIndicatorTextColor, stepIndicatorTextColor)
+    ZELMAR_COLOR(ObjectCardIconBackground, objectCardIconBackground)
+    ZELMAR_COLOR(BusinessTypeTileBackground, businessTypeTileBackground)
+    ZELMAR_COLOR(BusinessTypeTileBackgroundSelected, businessTypeTileBackgroundSelected)
+    ZELMAR_COLOR(SignUpSuccessMarkColor, signUpSuccessMarkColor)
+    // ---- colours: side bar ----
+    ZELMAR_COLOR(SideBarBackground, sideBarBackground)
+    ZELMAR_COLOR(SideBarBorderColor, sideBarBorderColor)
+    ZELMAR_COLOR(SideBarFontColor, sideBarFontColor)
+    ZELMAR_COLOR(SideBarFontColorSelected, sideBarFontColorSelected)
+    ZELMAR_COLOR(SideBarItemBackgroundSelected, sideBarItemBackgroundSelected)
+    ZELMAR_COLOR(SideBarItemHoverBackground, sideBarItemHoverBackground)
+    ZELMAR_COLOR(SideBarVersionTextColor, sideBarVersionTextColor)
+    ZELMAR_COLOR(StatusPlayingColor, statusPlayingColor)
+    ZELMAR_COLOR(StatusPausedColor, statusPausedColor)
+    ZELMAR_COLOR(StatusStoppedColor, statusStoppedColor)
+    ZELMAR_COLOR(ServerOnlineColor, serverOnlineColor)
+    ZELMAR_COLOR(ServerOfflineColor, serverOfflineColor)
+    // ---- colours: tabs and navigation ----
+    ZELMAR_COLOR(NavBarBackground, navBarBackground)
+    ZELMAR_COLOR(NavBarTitleColor, navBarTitleColor)
+    ZELMAR_COLOR(TabBarBackground, tabBarBackground)
+    ZELMAR_COLOR(TabBarTextColor, tabBarTextColor)
+    ZELMAR_COLOR(TabBarTextColorSelected, tabBarTextColorSelected)
+    ZELMAR_COLOR(TabBarIndicatorColor, tabBarIndicatorColor)
+    // ---- colours: now playing ----
+    ZELMAR_COLOR(TrackInfoViewTrackTitleColor, trackInfoViewTrackTitleColor)
+    ZELMAR_COLOR(TrackInfoViewArtistColor, trackInfoViewArtistColor)
+    ZELMAR_COLOR(TrackInfoViewCoverBackground, trackInfoViewCoverBackground)
+    ZELMAR_COLOR(PeriodTitleColor, periodTitleColor)
+    ZELMAR_COLOR(ClockTextColor, clockTextColor)
+    ZELMAR_COLOR(ProgressBarBackground, progressBarBackground)
+    ZELMAR_COLOR(ProgressBarColor, progressBarColor)
+    ZELMAR_COLOR(DownloadProgressColor, downloadProgressColor)
+    ZELMAR_COLOR(AdBandBackground, adBandBackground)
+    ZELMAR_COLOR(AdBandTextColor, adBandTextColor)
+    ZELMAR_COLOR(LikeButtonColorSelected, likeButtonColorSelected)
+    ZELMAR_COLOR(DislikeButtonColorSelected, dislikeButtonColorSelected)
+    ZELMAR_COLOR(VideoAreaBackground, videoAreaBackground)
+    ZELMAR_COLOR(StateMessageTextColor, stateMessageTextColor)
+    // ---- colours: schedule, ads list, track list ----
+    ZELMAR_COLOR(ScheduleColumnBackground, scheduleColumnBackground)
+    ZELMAR_COLOR(ScheduleColumnBackgroundSelected, scheduleColumnBackgroundSelected)
+    ZELMAR_COLOR(SchedulePeriodBackground, schedulePeriodBackground)
+    ZELMAR_COLOR(SchedulePeriodBorderColorSelected, schedulePeriodBorderColorSelected)
+    ZELMAR_COLOR(AdsListItemBackground, adsListItemBackground)
+    ZELMAR_COLOR(AdsListItemPlayedTextColor, adsListItemPlayedTextColor)
+    ZELMAR_COLOR(TrackListItemBackgroundSelected, trackListItemBackgroundSelected)
+    ZELMAR_COLOR(TrackListItemHoverBackground, trackListItemHoverBackground)
+    // ---- colours: content playlists ----
+    ZELMAR_COLOR(PlaylistViewCardBackground, playlistViewCardBackground)
+    ZELMAR_COLOR(PlaylistViewButtonActiveBackground, playlistViewButtonActiveBackground)
+    ZELMAR_COLOR(PlaylistViewActiveBadgeBackground, playlistViewActiveBadgeBackground)
+    ZELMAR_COLOR(PlaylistViewActiveBadgeTextColor, playlistViewActiveBadgeTextColor)
+    ZELMAR_COLOR(PlaylistViewCoverPlaceholderBackground, playlistViewCoverPlaceholderBackground)
+    // ---- colours: settings, log, certificate, dialogs, errors ----
+    ZELMAR_COLOR(SettingsGroupBackground, settingsGroupBackground)
+    ZELMAR_COLOR(SettingsGroupTitleColor, settingsGroupTitleColor)
+    ZELMAR_COLOR(LogViewBackground, logViewBackground)
+    ZELMAR_COLOR(LogViewTextColor, logViewTextColor)
+    ZELMAR_COLOR(LogViewHighlightBackground, logViewHighlightBackground)
+    ZELMAR_COLOR(CertificateFrameBackground, certificateFrameBackground)
+    ZELMAR_COLOR(DialogBackground, dialogBackground)
+    ZELMAR_COLOR(DialogBorderColor, dialogBorderColor)
+    ZELMAR_COLOR(DialogHeaderColor, dialogHeaderColor)
+    ZELMAR_COLOR(DialogTextColor, dialogTextColor)
+    ZELMAR_COLOR(ErrorScreenIconBackground, errorScreenIconBackground)
+    ZELMAR_COLOR(ThrobberColor, throbberColor)
+    ZELMAR_COLOR(ThrobberTrackColor, throbberTrackColor)
+    ZELMAR_COLOR(TooltipBackground, tooltipBackground)
+    ZELMAR_COLOR(TooltipTextColor, tooltipTextColor)
+    ZELMAR_COLOR(ScrollBarColor, scrollBarColor)
+
+    // ---- fonts: family and weight; the size is the matching "PointSize" ----
+    ZELMAR_FONT(DisplayFont, displayFont)
+    ZELMAR_FONT(BodyFont, bodyFont)
+    ZELMAR_FONT(BodyStrongFont, bodyStrongFont)
+    ZELMAR_FONT(MonoFont, monoFont)
+    ZELMAR_FONT(MonoStrongFont, monoStrongFont)
+    ZELMAR_FONT(ScreenTitleFont, screenTitleFont)
+    ZELMAR_FONT(ScreenSubtitleFont, screenSubtitleFont)
+    ZELMAR_FONT(CardTitleFont, cardTitleFont)
+    ZELMAR_FONT(CardTextFont, cardTextFont)
+    ZELMAR_FONT(CaptionFont, captionFont)
+    ZELMAR_FONT(PrimaryButtonFont, primaryButtonFont)
+    ZELMAR_FONT(SecondaryButtonFont, secondaryButtonFont)
+    ZELMAR_FONT(TextFieldFont, textFieldFont)
+    ZELMAR_FONT(TextFieldLabelFont, textFieldLabelFont)
+    ZELMAR_FONT(AuthProductNameFont, authProductNameFont)
+    ZELMAR_FONT(AuthFooterFont, authFooterFont)
+    ZELMAR_FONT(AuthMessageFont, authMessageFont)
+    ZELMAR_FONT(StepIndicatorFont, stepIndicatorFont)
+    ZELMAR_FONT(ConfirmationCodeFont, confirmationCodeFont)
+    ZELMAR_FONT(ChipFont, chipFont)
+    ZELMAR_FONT(SideBarProductFont, sideBarProductFont)
+    ZELMAR_FONT(SideBarFont, sideBarFont)
+    ZELMAR_FONT(SideBarFontSelected, sideBarFontSelected)
+    ZELMAR_FONT(SideBarStatusFont, sideBarStatusFont)
+    ZELMAR_FONT(SideBarVersionFont, sideBarVersionFont)
+    ZELMAR_FONT(TabBarFont, tabBarFont)
+    ZELMAR_FONT(TrackInfoViewTrackTitleFont, trackInfoViewTrackTitleFont)
+    ZELMAR_FONT(TrackInfoViewArtistFont, trackInfoViewArtistFont)
+    ZELMAR_FONT(PeriodTitleFont, periodTitleFont)
+    ZELMAR_FONT(ClockFont, clockFont)
+    ZELMAR_FONT(TimeTextFont, timeTextFont)
+    ZELMAR_FONT(AdBandFont, adBandFont)
+    ZELMAR_FONT(StateMessageFont, stateMessageFont)
+    ZELMAR_FONT(ScheduleTitleFont, scheduleTitleFont)
+    ZELMAR_FONT(LogViewFont, logViewFont)
+    ZELMAR_FONT(DialogHeaderFont, dialogHeaderFont)
+    ZELMAR_FONT(DialogTextFont, dialogTextFont)
+
+    // ---- font sizes, in points ----
+    ZELMAR_POINT_SIZE(ScreenTitlePointSize, screenTitlePointSize)
+    ZELMAR_POINT_SIZE(ScreenSubtitlePointSize, screenSubtitlePointSize)
+    ZELMAR_POINT_SIZE(CardTitlePointSize, cardTitlePointSize)
+    ZELMAR_POINT_SIZE(CardTextPointSize, cardTextPointSize)
+    ZELMAR_POINT_SIZE(CaptionPointSize, captionPointSize)
+    ZELMAR_POINT_SIZE(ButtonPointSize, buttonPointSize)
+    ZELMAR_POINT_SIZE(TextFieldPointSize, textFieldPointSize)
+    ZELMAR_POINT_SIZE(TextFieldLabelPointSize, textFieldLabelPointSize)
+    ZELMAR_POINT_SIZE(AuthProductNamePointSize, authProductNamePointSize)
+    ZELMAR_POINT_SIZE(AuthFooterPointSize, authFooterPointSize)
+    ZELMAR_POINT_SIZE(AuthMessagePointSize, authMessagePointSize)
+    ZELMAR_POINT_SIZE(StepIndicatorPointSize, stepIndicatorPointSize)
+    ZELMAR_POINT_SIZE(ConfirmationCodePointSize, confirmationCodePointSize)
+    ZELMAR_POINT_SIZE(ChipPointSize, chipPointSize)
+    ZELMAR_POINT_SIZE(SideBarProductPointSize, sideBarProductPointSize)
+    ZELMAR_POINT_SIZE(SideBarPointSize, sideBarPointSize)
+    ZELMAR_POINT_SIZE(SideBarStatusPointSize, sideBarStatusPointSize)
+    ZELMAR_POINT_SIZE(SideBarVersionPointSize, sideBarVersionPointSize)
+    ZELMAR_POINT_SIZE(TabBarPointSize, tabBarPointSize)
+    ZELMAR_POINT_SIZE(TrackInfoViewTrackTitleTextPointSize, trackInfoViewTrackTitleTextPointSize)
+    ZELMAR_POINT_SIZE(TrackInfoViewArtistTextPointSize, trackInfoViewArtistTextPointSize)
+    ZELMAR_POINT_SIZE(PeriodTitlePointSize, periodTitlePointSize)
+    ZELMAR_POINT_SIZE(ClockPointSize, clockPointSize)
+    ZELMAR_POINT_SIZE(TimeTextPointSize, timeTextPointSize)
+    ZELMAR_POINT_SIZE(AdBandPointSize, adBandPointSize)
+    ZELMAR_POINT_SIZE(StateMessagePointSize, stateMessagePointSize)
+    ZELMAR_POINT_SIZE(LogViewPointSize, logViewPointSize)
+    ZELMAR_POINT_SIZE(DialogHeaderPointSize, dialogHeaderPointSize)
+    ZELMAR_POINT_SIZE(DialogTextPointSize, dialogTextPointSize)
+
+    // ---- icons: SVG resources, one set per palette ----
+    ZELMAR_ICON(LogoImage, logoImage)
+    ZELMAR_ICON(LogoMarkImage, logoMarkImage)
+    ZELMAR_ICON(PlayIcon, playIcon)
+    ZELMAR_ICON(PauseIcon, pauseIcon)
+    ZELMAR_ICON(StopIcon, stopIcon)
+    ZELMAR_ICON(NextTrackIcon, nextTrackIcon)
+    ZELMAR_ICON(PreviousTrackIcon, previousTrackIcon)
+    ZELMAR_ICON(VolumeIcon, volumeIcon)
+    ZELMAR_ICON(VolumeMutedIcon, volumeMutedIcon)
+    ZELMAR_ICON(LikeIcon, likeIcon)
+    ZELMAR_ICON(LikeIconSelected, likeIconSelected)
+    ZELMAR_ICON(DislikeIcon, dislikeIcon)
+    ZELMAR_ICON(DislikeIconSelected, dislikeIconSelected)
+    ZELMAR_ICON(TrackCoverPlaceholderImage, trackCoverPlaceholderImage)
+    ZELMAR_ICON(VideoPlaceholderImage, videoPlaceholderImage)
+    ZELMAR_ICON(PhotoPlaceholderImage, photoPlaceholderImage)
+    ZELMAR_ICON(SideBarPlayerIcon, sideBarPlayerIcon)
+    ZELMAR_ICON(SideBarPlayerIconSelected, sideBarPlayerIconSelected)
+    ZELMAR_ICON(SideBarMusicIcon, sideBarMusicIcon)
+    ZELMAR_ICON(SideBarMusicIconSelected, sideBarMusicIconSelected)
+    ZELMAR_ICON(SideBarVideoIcon, sideBarVideoIcon)
+    ZELMAR_ICON(SideBarVideoIconSelected, sideBarVideoIconSelected)
+    ZELMAR_ICON(SideBarPhotoIcon, sideBarPhotoIcon)
+    ZELMAR_ICON(SideBarPhotoIconSelected, sideBarPhotoIconSelected)
+    ZELMAR_ICON(SideBarLicenseIcon, sideBarLicenseIcon)
+    ZELMAR_ICON(SideBarLicenseIconSelected, sideBarLicenseIconSelected)
+    ZELMAR_ICON(SideBarObjectsIcon, sideBarObjectsIcon)
+    ZELMAR_ICON(SideBarObjectsIconSelected, sideBarObjectsIconSelected)
+    ZELMAR_ICON(SideBarSettingsIcon, sideBarSettingsIcon)
+    ZELMAR_ICON(SideBarSettingsIconSelected, sideBarSettingsIconSelected)
+    ZELMAR_ICON(SideBarLogoutIcon, sideBarLogoutIcon)
+    ZELMAR_ICON(ThemeLightIcon, themeLightIcon)
+    ZELMAR_ICON(ThemeDarkIcon, themeDarkIcon)
+    ZELMAR_ICON(ServerOnlineIcon, serverOnlineIcon)
+    ZELMAR_ICON(ServerOfflineIcon, serverOfflineIcon)
+    ZELMAR_ICON(BackIcon, backIcon)
+    ZELMAR_ICON(ForwardIcon, forwardIcon)
+    ZELMAR_ICON(CloseIcon, closeIcon)
+    ZELMAR_ICON(CheckIcon, checkIcon)
+    ZELMAR_ICON(ChevronDownIcon, chevronDownIcon)
+    ZELMAR_ICON(ChevronUpIcon, chevronUpIcon)
+    ZELMAR_ICON(SearchIcon, searchIcon)
+    ZELMAR_ICON(RefreshIcon, refreshIcon)
+    ZELMAR_ICON(SaveIcon, saveIcon)
+    ZELMAR_ICON(OpenInBrowserIcon, openInBrowserIcon)
+    ZELMAR_ICON(AddIcon, addIcon)
+    ZELMAR_ICON(RemoveIcon, removeIcon)
+    ZELMAR_ICON(ServerIcon, serverIcon)
+    ZELMAR_ICON(UserIcon, userIcon)
+    ZELMAR_ICON(PasswordIcon, passwordIcon)
+    ZELMAR_ICON(PhoneIcon, phoneIcon)
+    ZELMAR_ICON(EmailIcon, emailIcon)
+    ZELMAR_ICON(CityIcon, cityIcon)
+    ZELMAR_ICON(ObjectIcon, objectIcon)
+    ZELMAR_ICON(ObjectIconSelected, objectIconSelected)
+    ZELMAR_ICON(BusinessTypeIcon, businessTypeIcon)
+    ZELMAR_ICON(MusicStyleIcon, musicStyleIcon)
+    ZELMAR_ICON(SignUpSuccessImage, signUpSuccessImage)
+    ZELMAR_ICON(WarningIcon, warningIcon)
+    ZELMAR_ICON(ErrorIcon, errorIcon)
+    ZELMAR_ICON(InfoIcon, infoIcon)
+    ZELMAR_ICON(AccountErrorImage, accountErrorImage)
+    ZELMAR_ICON(ScheduleIcon, scheduleIcon)
+    ZELMAR_ICON(AdsIcon, adsIcon)
+    ZELMAR_ICON(TrackListIcon, trackListIcon)
+    ZELMAR_ICON(ClockIcon, clockIcon)
+    ZELMAR_ICON(DownloadIcon, downloadIcon)
+    ZELMAR_ICON(PeriodFinishedImage, periodFinishedImage)
+    ZELMAR_ICON(ConfigurationErrorImage, configurationErrorImage)
+    ZELMAR_ICON(WrongClockImage, wrongClockImage)
+    ZELMAR_ICON(PlaylistMusicCoverImage, playlistMusicCoverImage)
+    ZELMAR_ICON(PlaylistVideoCoverImage, playlistVideoCoverImage)
+    ZELMAR_ICON(PlaylistPhotoCoverImage, playlistPhotoCoverImage)
+    ZELMAR_ICON(PlaylistActiveIcon, playlistActiveIcon)
+    ZELMAR_ICON(CertificateImage, certificateImage)
+    ZELMAR_ICON(SoundCheckIcon, soundCheckIcon)
+    ZELMAR_ICON(LogIcon, logIcon)
+
+    // ---- metrics and constants: pixels on a 4 px grid unless the name says otherwise ----
+    ZELMAR_METRIC(NavBarHeight, navBarHeight)
+    ZELMAR_METRIC(TabBarHeight, tabBarHeight)
+    ZELMAR_RATIO(SideBarScreenWidthPercent, sideBarScreenWidthPercent)
+    ZELMAR_METRIC(SideBarMinimumWidth, sideBarMinimumWidth)
+    ZELMAR_METRIC(SideBarItemHeight, sideBarItemHeight)
+    ZELMAR_METRIC(SideBarIconSize, sideBarIconSize)
+    ZELMAR_METRIC(StatusDotSize, statusDotSize)
+    ZELMAR_METRIC(SpacingUnit, spacingUnit)
+    ZELMAR_METRIC(SpacingSmall, spacingSmall)
+    ZELMAR_METRIC(SpacingMedium, spacingMedium)
+    ZELMAR_METRIC(SpacingLarge, spacingLarge)
+    ZELMAR_METRIC(SpacingHuge, spacingHuge)
+    ZELMAR_METRIC(ScreenMargin, screenMargin)
+    ZELMAR_METRIC(ControlRadius, controlRadius)
+    ZELMAR_METRIC(CardRadius, cardRadius)
+    ZELMAR_METRIC(CardPadding, cardPadding)
+    ZELMAR_METRIC(BorderWidth, borderWidth)
+    ZELMAR_METRIC(FocusRingWidth, focusRingWidth)
+    ZELMAR_METRIC(ButtonHeight, buttonHeight)
+    ZELMAR_METRIC(ButtonMinimumWidth, buttonMinimumWidth)
+    ZELMAR_METRIC(IconButtonSize, iconButtonSize)
+    ZELMAR_METRIC(IconSize, iconSize)
+    ZELMAR_METRIC(LargeIconSize, largeIconSize)
+    ZELMAR_METRIC(TextFieldHeight, textFieldHeight)
+    ZELMAR_METRIC(AuthCardWidth, authCardWidth)
+    ZELMAR_METRIC(ObjectCardHeight, objectCardHeight)
+    ZELMAR_METRIC(BusinessTypeTileWidth, businessTypeTileWidth)
+    ZELMAR_METRIC(BusinessTypeTileHeight, businessTypeTileHeight)
+    ZELMAR_METRIC(ChipHeight, chipHeight)
+    ZELMAR_METRIC(SignUpStepCount, signUpStepCount)
+    ZELMAR_METRIC(ConfirmationCodeResendSeconds, confirmationCodeResendSeconds)
+    ZELMAR_METRIC(SuggestionCount, suggestionCount)
+    ZELMAR_METRIC(DialogWidth, dialogWidth)
+    ZELMAR_RATIO(BlackoutOpacity, blackoutOpacity)
+    ZELMAR_METRIC(ThrobberSize, throbberSize)
+    ZELMAR_METRIC(TrackCoverSize, trackCoverSize)
+    ZELMAR_METRIC(ProgressBarHeight, progressBarHeight)
+    ZELMAR_METRIC(ThinProgressBarHeight, thinProgressBarHeight)
+    ZELMAR_METRIC(PlaylistCardWidth, playlistCardWidth)
+    ZELMAR_METRIC(PlaylistCardHeight, playlistCardHeight)
+    ZELMAR_METRIC(ScheduleColumnWidth, scheduleColumnWidth)
+    ZELMAR_METRIC(ListRowHeight, listRowHeight)
+    ZELMAR_METRIC(AnimationDuration, animationDuration)
+    ZELMAR_METRIC(LikeStatusValueLiked, likeStatusValueLiked)
+    ZELMAR_METRIC(LikeStatusValueDisliked, likeStatusValueDisliked)
+    ZELMAR_METRIC(LikeStatusValueNone, likeStatusValueNone)
+
+private:
+    UiKit();
+    QUrl Icon(const char* name, bool accent = false) const;
+
+    std::int32_t mDeviceType = Smartphone;
+    bool mDarkTheme = true;
+};
+
+} // namespace UI
