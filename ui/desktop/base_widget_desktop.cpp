@@ -20,6 +20,9 @@ BaseWidgetDesktop::BaseWidgetDesktop(QWidget* parent)
     // Until the document has painted, the view shows the theme's background rather
     // than a white flash on the dark palette.
     setClearColor(UiKit::GetInstance().ScreenBackgroundColor());
+    // QML's warnings go through the program's own log handler, stamped like every
+    // other console line, and only once.
+    engine()->setOutputWarningsToStandardError(false);
     connect(engine(), &QQmlEngine::warnings, this, [](const QList<QQmlError>& warnings) {
         for (const QQmlError& warning : warnings) {
             qWarning().noquote() << "QML:" << warning.toString();

@@ -5,7 +5,7 @@ import QtQuick 2.15
 Rectangle {
     anchors.fill: parent
     anchors.margins: -UiKit.FocusRingWidth - 1
-    radius: parent.radius !== undefined ? parent.radius + UiKit.FocusRingWidth : UiKit.ControlRadius
+    radius: parent && parent.radius !== undefined ? parent.radius + UiKit.FocusRingWidth : UiKit.ControlRadius
     color: "transparent"
     border.width: UiKit.FocusRingWidth
     border.color: UiKit.FocusRingColor
