@@ -821,15 +821,10 @@ void UserEnvironment::UpdateTimerFired()
             if (!self) {
                 return;
             }
-            // An observer may remove itself while it is told.
-            const auto observers = self->configurationObservers;
-            for (auto* observer : observers) {
-                if (self &&
-                    std::find(self->configurationObservers.begin(), self->configurationObservers.end(),
-                              observer) != self->configurationObservers.end()) {
-                    observer->PlaybackConfigurationUpdated(updated, message);
-                }
-            }
+            self->NotifyConfigurationObservers(
+                [updated, &message](PlaybackConfigurationUpdatedObserver& observer) {
+                    observer.PlaybackConfigurationUpdated(updated, message);
+                });
             if (!self) {
                 return;
             }
@@ -843,10 +838,32 @@ void UserEnvironment::UpdateTimerFired()
                             "воспроизведения из локальной базы данных");
             }
         },
-        [keptConnection](std::shared_ptr<Error> error) {
-            Logger::Log("\tОбновление по времени: ошибка загрузки конфигурации воспроизведения :" +
-                        (error ? error->ToString() : std::string()));
+        [self, keptConnection](std::shared_ptr<Error> error) {
+            const std::string text = error ? error->ToString() : std::string();
+            Logger::Log("\tОбновление по времени: ошибка загрузки конфигурации воспроизведения :" + text);
+            if (self) {
+                self->NotifyConfigurationObservers([&text](PlaybackConfigurationUpdatedObserver& observer) {
+                    observer.PlaybackConfigurationUpdateFailed(text);
+                });
+            }
         });
+}
+
+void UserEnvironment::NotifyConfigurationObservers(
+    const std::function<void(PlaybackConfigurationUpdatedObserver&)>& call)
+{
+    QPointer<UserEnvironment> self(this);
+    // An observer may remove itself, or clear this environment, while it is told.
+    const auto observers = configurationObservers;
+    for (auto* observer : observers) {
+        if (!self) {
+            return;
+        }
+        if (std::find(configurationObservers.begin(), configurationObservers.end(), observer) !=
+            configurationObservers.end()) {
+            call(*observer);
+        }
+    }
 }
 
 void UserEnvironment::CheckAutoStartEnabled()
@@ -854,6 +871,11 @@ void UserEnvironment::CheckAutoStartEnabled()
     if (Settings::AutoRunEnabled() && AppHasAutorunArgument()) {
         RunStartPlayerTimer();
     }
+}
+
+bool UserEnvironment::PlayerStartIsDelayed() const
+{
+    return startPlayerTimer.isActive();
 }
 
 void UserEnvironment::RunStartPlayerTimer()

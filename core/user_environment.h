@@ -221,6 +221,9 @@ public:
     void RefreshUpdateTimer();
     void RunStartPlayerTimer();
     void CheckAutoStartEnabled();
+    // True while the delayed start of a start at login is still to come: a screen
+    // that would start the player leaves it to that timer.
+    bool PlayerStartIsDelayed() const;
 
     void SendPlayerVersion();
     // Likes or dislikes a track; the server's answer is stored in the configuration
@@ -278,6 +281,9 @@ private:
     void ReleasePlayerAfterSignInRefused();
     void StopListeningToConnection();
     void UpdateTimerFired();
+    // Calls every configuration observer in registration order; one removed by an
+    // earlier call of the same round is skipped.
+    void NotifyConfigurationObservers(const std::function<void(PlaybackConfigurationUpdatedObserver&)>& call);
     void StartPlayerTimerFired();
     void HandleTrackStarted(const DataTypes::Playback::Track& track, int volume, bool resumed);
     void SendPendingReport();
