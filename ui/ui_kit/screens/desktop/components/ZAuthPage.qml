@@ -1,0 +1,40 @@
+import QtQuick 2.15
+import QtQuick.Controls 2.15
+
+// The frame of the sign-in and sign-up screens: their content in one column in the
+// middle of the background, scrolling when the window is too short for it, and the
+// full-screen activity indicator over everything while `busy`.
+Rectangle {
+    id: page
+
+    default property alias content: column.data
+    property bool busy: false
+
+    color: UiKit.ScreenBackgroundColor
+
+    Flickable {
+        id: flickable
+        anchors.fill: parent
+        contentWidth: width
+        contentHeight: Math.max(height, column.height + 2 * UiKit.SpacingLarge)
+        boundsBehavior: Flickable.StopAtBounds
+        clip: true
+        ScrollBar.vertical: ScrollBar {
+            policy: flickable.contentHeight > flickable.height ? ScrollBar.AsNeeded : ScrollBar.AlwaysOff
+        }
+
+        Column {
+            id: column
+            width: Math.min(UiKit.AuthCardWidth, flickable.width - 2 * UiKit.ScreenMargin)
+            x: (flickable.width - width) / 2
+            y: Math.max(UiKit.SpacingLarge, (flickable.height - height) / 2)
+            spacing: UiKit.SpacingMedium
+        }
+    }
+
+    ZThrobber {
+        objectName: "fullScreenThrobber"
+        anchors.fill: parent
+        visible: page.busy
+    }
+}
