@@ -162,6 +162,12 @@ UserEnvironment::UserEnvironment(const Server& server, const PlaybackObject& obj
 {
     connection->SetUnathorizedErrorListener(this);
     connection->SetObjectExportedErrorListener(this);
+    QPointer<UserEnvironment> self(this);
+    connection->SetReachabilityHandler([self](bool answered) {
+        if (self && self->reachabilityHandler) {
+            self->reachabilityHandler(answered);
+        }
+    });
     CheckAutoStartEnabled();
     StartUpdateTimer();
     SendPlayerVersion();
@@ -188,6 +194,7 @@ void UserEnvironment::StopListeningToConnection()
     // Requests in flight keep the connection alive after the environment is gone.
     connection->SetUnathorizedErrorListener(nullptr);
     connection->SetObjectExportedErrorListener(nullptr);
+    connection->SetReachabilityHandler(nullptr);
 }
 
 // --- Before anyone is signed in ---
@@ -574,6 +581,11 @@ void UserEnvironment::SetObjectExportedErrorListener(ObjectExportedErrorListener
     objectExportedListener = listener;
 }
 
+void UserEnvironment::SetServerReachabilityHandler(ReachabilityHandler handler)
+{
+    reachabilityHandler = std::move(handler);
+}
+
 void UserEnvironment::AddConfigurationUpdatedObserver(PlaybackConfigurationUpdatedObserver* observer)
 {
     if (observer && std::find(configurationObservers.begin(), configurationObservers.end(), observer) ==
@@ -821,10 +833,15 @@ void UserEnvironment::UpdateTimerFired()
             if (!self) {
                 return;
             }
-            self->NotifyConfigurationObservers(
-                [updated, &message](PlaybackConfigurationUpdatedObserver& observer) {
-                    observer.PlaybackConfigurationUpdated(updated, message);
-                });
+            // An observer may remove itself while it is told.
+            const auto observers = self->configurationObservers;
+            for (auto* observer : observers) {
+                if (self &&
+                    std::find(self->configurationObservers.begin(), self->configurationObservers.end(),
+                              observer) != self->configurationObservers.end()) {
+                    observer->PlaybackConfigurationUpdated(updated, message);
+                }
+            }
             if (!self) {
                 return;
             }
@@ -838,32 +855,10 @@ void UserEnvironment::UpdateTimerFired()
                             "воспроизведения из локальной базы данных");
             }
         },
-        [self, keptConnection](std::shared_ptr<Error> error) {
-            const std::string text = error ? error->ToString() : std::string();
-            Logger::Log("\tОбновление по времени: ошибка загрузки конфигурации воспроизведения :" + text);
-            if (self) {
-                self->NotifyConfigurationObservers([&text](PlaybackConfigurationUpdatedObserver& observer) {
-                    observer.PlaybackConfigurationUpdateFailed(text);
-                });
-            }
+        [keptConnection](std::shared_ptr<Error> error) {
+            Logger::Log("\tОбновление по времени: ошибка загрузки конфигурации воспроизведения :" +
+                        (error ? error->ToString() : std::string()));
         });
-}
-
-void UserEnvironment::NotifyConfigurationObservers(
-    const std::function<void(PlaybackConfigurationUpdatedObserver&)>& call)
-{
-    QPointer<UserEnvironment> self(this);
-    // An observer may remove itself, or clear this environment, while it is told.
-    const auto observers = configurationObservers;
-    for (auto* observer : observers) {
-        if (!self) {
-            return;
-        }
-        if (std::find(configurationObservers.begin(), configurationObservers.end(), observer) !=
-            configurationObservers.end()) {
-            call(*observer);
-        }
-    }
 }
 
 void UserEnvironment::CheckAutoStartEnabled()

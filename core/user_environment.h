@@ -188,6 +188,11 @@ public:
     // Not owned; null switches the notification off.
     void SetUnathorizedErrorListener(UnauthorizedErrorListener* listener);
     void SetObjectExportedErrorListener(ObjectExportedErrorListener* listener);
+    // Told after every answer or failure of a request of this sign-in: true when
+    // the server answered (whatever it said), false when it could not be reached.
+    // The player then goes on from what is stored. Empty switches it off.
+    using ReachabilityHandler = std::function<void(bool answered)>;
+    void SetServerReachabilityHandler(ReachabilityHandler handler);
     // Not owned; adding one twice keeps it once.
     void AddConfigurationUpdatedObserver(PlaybackConfigurationUpdatedObserver* observer);
     void RemoveConfigurationUpdatedObserver(PlaybackConfigurationUpdatedObserver* observer);
@@ -281,9 +286,6 @@ private:
     void ReleasePlayerAfterSignInRefused();
     void StopListeningToConnection();
     void UpdateTimerFired();
-    // Calls every configuration observer in registration order; one removed by an
-    // earlier call of the same round is skipped.
-    void NotifyConfigurationObservers(const std::function<void(PlaybackConfigurationUpdatedObserver&)>& call);
     void StartPlayerTimerFired();
     void HandleTrackStarted(const DataTypes::Playback::Track& track, int volume, bool resumed);
     void SendPendingReport();
@@ -301,6 +303,7 @@ private:
     std::vector<PlaybackConfigurationUpdatedObserver*> configurationObservers;
     UnauthorizedErrorListener* unauthorizedListener = nullptr;
     ObjectExportedErrorListener* objectExportedListener = nullptr;
+    ReachabilityHandler reachabilityHandler;
     // The sign-in as stored, for the account screens without a trip to the disk.
     DataTypes::Auth::PlaybackObject playbackObject;
     // The server refused this sign-in: nothing more is asked with its token, and

@@ -114,6 +114,7 @@ struct ServerConnection::Listeners
 {
     UnauthorizedErrorListener* unauthorized = nullptr;
     ObjectExportedErrorListener* objectExported = nullptr;
+    std::function<void(bool)> reachability;
 };
 
 ServerConnection::ServerConnection()
@@ -165,6 +166,11 @@ void ServerConnection::SetUnathorizedErrorListener(UnauthorizedErrorListener* li
 void ServerConnection::SetObjectExportedErrorListener(ObjectExportedErrorListener* listener)
 {
     listeners->objectExported = listener;
+}
+
+void ServerConnection::SetReachabilityHandler(std::function<void(bool)> handler)
+{
+    listeners->reachability = std::move(handler);
 }
 
 void ServerConnection::Servers(
@@ -767,6 +773,10 @@ void ServerConnection::Send(const QByteArray& verb, const QNetworkRequest& reque
     SendRequest(CreateNetworkAccessManager(), verb, request, body,
                 [heard = listeners, onBody = std::move(onBody),
                  failure = std::move(failure)](QNetworkReply* reply, const QString& text) {
+                    if (heard->reachability) {
+                        heard->reachability(reply->error() == QNetworkReply::NoError ||
+                                            reply->error() > LastConnectionErrorCode);
+                    }
                     if (auto error = NetworkErrorFromReply(reply, text, heard.get())) {
                         if (failure) {
                             failure(error);

@@ -76,6 +76,10 @@ public:
     // connection or be unset first.
     void SetUnathorizedErrorListener(UnauthorizedErrorListener* listener);
     void SetObjectExportedErrorListener(ObjectExportedErrorListener* listener);
+    // Called with every reply of this connection's requests: true when the server
+    // answered at all (an error status or a refusal is still an answer), false when
+    // the transfer failed for want of a connection. Empty switches it off.
+    void SetReachabilityHandler(std::function<void(bool answered)> handler);
 
     // The servers the player can work with, from the service's public API host
     // (see ApiHostEnvironmentVariable). Needs no server; fails at once with a
