@@ -1,10 +1,414 @@
 #include "ui/desktop/player_widget_desktop.h"
 
+#include "core/content_playing/player.h"
+#include "core/user_environment.h"
+#include "ui/desktop/backdrop_image_provider.h"
+#include "ui/desktop/base_widget_desktop.h"
+#include "ui/desktop/main_window_desktop.h"
+#include "ui/desktop/nonskippable_dialog_widget_desktop.h"
+#include "ui/desktop/section_placeholder_widget_desktop.h"
+#include "ui/desktop/side_bar_widget_desktop.h"
+#include "ui/desktop/skippable_dialog_widget_desktop.h"
+#include "ui/desktop/unauth_error_widget_desktop.h"
+#include "ui/ui_kit/ui_kit.h"
+
+#include <QHBoxLayout>
+#include <QQmlEngine>
+#include <QStackedWidget>
+
+#include <algorithm>
+#include <cmath>
+
 namespace UI::Desktop {
+
+using Core::UserEnvironment;
+
+namespace {
+
+// The frame that registered itself with the environment last. The environment
+// cannot be asked whom it tells, and a frame going away must not switch off the
+// one that replaced it.
+PlayerWidgetDesktop* sListeningFrame = nullptr;
+
+} // namespace
 
 PlayerWidgetDesktop::PlayerWidgetDesktop(QWidget* parent)
     : QWidget(parent)
 {
+    setObjectName(QStringLiteral("playerFrame"));
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    mSideBar = new SideBarWidgetDesktop(this);
+    mInnerStack = new QStackedWidget(this);
+    mInnerStack->setObjectName(QStringLiteral("innerStack"));
+    layout->addWidget(mSideBar);
+    layout->addWidget(mInnerStack, 1);
+    LayOut();
+
+    connect(mSideBar, &SideBarWidgetDesktop::PlayerButtonClicked, this,
+            &PlayerWidgetDesktop::OpenPlayerSection);
+    connect(mSideBar, &SideBarWidgetDesktop::MusicButtonClicked, this,
+            &PlayerWidgetDesktop::OpenMusicSection);
+    connect(mSideBar, &SideBarWidgetDesktop::VideoButtonClicked, this,
+            &PlayerWidgetDesktop::OpenVideoSection);
+    connect(mSideBar, &SideBarWidgetDesktop::PhotoButtonClicked, this,
+            &PlayerWidgetDesktop::OpenPhotoSection);
+    connect(mSideBar, &SideBarWidgetDesktop::LicenseButtonClicked, this,
+            &PlayerWidgetDesktop::OpenLicenseSection);
+    connect(mSideBar, &SideBarWidgetDesktop::ObjectsButtonClicked, this,
+            &PlayerWidgetDesktop::OpenObjectsSection);
+    connect(mSideBar, &SideBarWidgetDesktop::SettingsButtonClicked, this,
+            &PlayerWidgetDesktop::OpenSettingsSection);
+    connect(mSideBar, &SideBarWidgetDesktop::LogoutButtonClicked, this, &PlayerWidgetDesktop::AskToSignOut);
+    connect(mSideBar, &SideBarWidgetDesktop::HideBlackout, this, &PlayerWidgetDesktop::HideBlackout);
+    // The side bar's share of the width is the theme's, which differs by device.
+    connect(&UiKit::GetInstance(), &UiKit::sideBarScreenWidthPercentChanged, this,
+            &PlayerWidgetDesktop::LayOut);
+
+    OpenPlayerSection();
+
+    QPointer<PlayerWidgetDesktop> self(this);
+    UserEnvironment::GetSignedInEnvironment([self](std::shared_ptr<UserEnvironment> environment) {
+        if (self && environment) {
+            self->AttachTo(environment);
+        }
+    });
+}
+
+PlayerWidgetDesktop::~PlayerWidgetDesktop()
+{
+    DetachFromEnvironment();
+}
+
+SideBarWidgetDesktop* PlayerWidgetDesktop::SideBar() const
+{
+    return mSideBar;
+}
+
+QStackedWidget* PlayerWidgetDesktop::InnerStack() const
+{
+    return mInnerStack;
+}
+
+void PlayerWidgetDesktop::AttachTo(const std::shared_ptr<UserEnvironment>& environment)
+{
+    mEnvironment = environment;
+    environment->SetUnathorizedErrorListener(this);
+    environment->SetObjectExportedErrorListener(this);
+    environment->AddConfigurationUpdatedObserver(this);
+    // Every request of the sign-in says whether the server answered: the periodic
+    // check, reports, the owner's own actions.
+    QPointer<SideBarWidgetDesktop> sideBar(mSideBar);
+    environment->SetServerReachabilityHandler([sideBar](bool answered) {
+        if (sideBar) {
+            sideBar->SetServerReachable(answered);
+        }
+    });
+    sListeningFrame = this;
+    StartPlaying();
+}
+
+void PlayerWidgetDesktop::DetachFromEnvironment()
+{
+    const auto environment = mEnvironment.lock();
+    if (!environment) {
+        return;
+    }
+    environment->RemoveConfigurationUpdatedObserver(this);
+    if (sListeningFrame == this) {
+        environment->SetUnathorizedErrorListener(nullptr);
+        environment->SetObjectExportedErrorListener(nullptr);
+        environment->SetServerReachabilityHandler(nullptr);
+        sListeningFrame = nullptr;
+    }
+    mEnvironment.reset();
+}
+
+void PlayerWidgetDesktop::StartPlaying()
+{
+    const auto environment = mEnvironment.lock();
+    if (!environment) {
+        return;
+    }
+    // Right after a sign-in nothing is stored yet; after a restart the stored
+    // schedule may be old. Either way the server is asked first, and what is stored
+    // plays when it cannot be reached: a shop without network still has music.
+    QPointer<PlayerWidgetDesktop> self(this);
+    const auto start = [self]() {
+        if (!self) {
+            return;
+        }
+        const auto current = self->mEnvironment.lock();
+        if (!current) {
+            return;
+        }
+        const auto player = current->GetContentPlayer();
+        self->FollowPlayer();
+        // A start at login waits for its delay (the sound system may still be
+        // coming up); the environment's timer starts the player then.
+        if (player && !current->PlayerStartIsDelayed()) {
+            player->Start();
+        }
+    };
+    environment->LoadPlaybackConfiguration([start](bool, const std::string&) { start(); },
+                                           [start](std::shared_ptr<Core::DataTypes::Error>) { start(); });
+}
+
+void PlayerWidgetDesktop::FollowPlayer()
+{
+    const auto environment = mEnvironment.lock();
+    mSideBar->ObservePlayer(environment ? environment->GetContentPlayer() : nullptr);
+}
+
+void PlayerWidgetDesktop::PlaybackConfigurationUpdated(bool, const std::string&)
+{
+    // A switch of the point of sale may have brought a player of its own.
+    FollowPlayer();
+}
+
+// --- Sections ---
+
+void PlayerWidgetDesktop::OpenPlayerSection()
+{
+    OpenSection(SideBarWidgetDesktop::PlayerSection, QStringLiteral("Плеер"));
+}
+
+void PlayerWidgetDesktop::OpenMusicSection()
+{
+    OpenSection(SideBarWidgetDesktop::MusicSection, QStringLiteral("Музыка"));
+}
+
+void PlayerWidgetDesktop::OpenVideoSection()
+{
+    OpenSection(SideBarWidgetDesktop::VideoSection, QStringLiteral("Видео"));
+}
+
+void PlayerWidgetDesktop::OpenPhotoSection()
+{
+    OpenSection(SideBarWidgetDesktop::PhotoSection, QStringLiteral("Фото"));
+}
+
+void PlayerWidgetDesktop::OpenLicenseSection()
+{
+    OpenSection(SideBarWidgetDesktop::LicenseSection, QStringLiteral("Сертификат"));
+}
+
+void PlayerWidgetDesktop::OpenObjectsSection()
+{
+    OpenSection(SideBarWidgetDesktop::ObjectsSection, QStringLiteral("Объекты"));
+}
+
+void PlayerWidgetDesktop::OpenSettingsSection()
+{
+    OpenSection(SideBarWidgetDesktop::SettingsSection, QStringLiteral("Настройки"));
+}
+
+void PlayerWidgetDesktop::OpenSection(const char* section, const QString& title)
+{
+    const QString name = QString::fromLatin1(section);
+    if (name == mCurrentSection && mInnerStack->count() > 0) {
+        return;
+    }
+    mCurrentSection = name;
+    mSideBar->SetCurrentSection(name);
+    ShowBlackout(false);
+    auto* opened = new SectionPlaceholderWidgetDesktop(title, mInnerStack);
+    opened->SetBlackoutHandler([this](bool shown) { ShowBlackout(shown); });
+    mInnerStack->addWidget(opened);
+    mInnerStack->setCurrentWidget(opened);
+    // One section at a time: the one left is not kept. It may be inside one of its
+    // own slots, so it goes on the next pass of the event loop.
+    while (mInnerStack->count() > 1) {
+        QWidget* left = mInnerStack->widget(0);
+        mInnerStack->removeWidget(left);
+        left->deleteLater();
+    }
+}
+
+void PlayerWidgetDesktop::ShowBlackout(bool shown)
+{
+    mSideBar->SetBlackoutShown(shown);
+}
+
+void PlayerWidgetDesktop::HideBlackout()
+{
+    ShowBlackout(false);
+}
+
+// --- Preloader ---
+
+void PlayerWidgetDesktop::ShowPreloader()
+{
+    if (mPreloader != nullptr) {
+        return;
+    }
+    // The frame's picture behind the indicator rather than a live frame: an
+    // opaque cover is what swallows every click and key on the way.
+    const QImage backdrop = grab().toImage();
+    mPreloader = new BaseWidgetDesktop(this);
+    mPreloader->setObjectName(QStringLiteral("preloader"));
+    mPreloader->engine()->addImageProvider(QStringLiteral("backdrop"), new BackdropImageProvider(backdrop));
+    mPreloader->SetSource(
+        QUrl(QStringLiteral("qrc:/ui_kit/screens/desktop/player/full_screen_throbber_widget.qml")));
+    if (!backdrop.isNull()) {
+        mPreloader->SetPropertyOfRoot("backdropSource", QUrl(QStringLiteral("image://backdrop/frame")));
+    }
+    mPreloader->setGeometry(rect());
+    mPreloader->raise();
+    mPreloader->show();
+    mPreloader->setFocus(Qt::OtherFocusReason);
+}
+
+void PlayerWidgetDesktop::HidePreloader()
+{
+    if (mPreloader == nullptr) {
+        return;
+    }
+    mPreloader->hide();
+    mPreloader->deleteLater();
+    mPreloader = nullptr;
+}
+
+void PlayerWidgetDesktop::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    LayOut();
+}
+
+void PlayerWidgetDesktop::LayOut()
+{
+    const UiKit& kit = UiKit::GetInstance();
+    const int share = static_cast<int>(std::lround(width() * kit.SideBarScreenWidthPercent()));
+    mSideBar->setFixedWidth(std::max(kit.SideBarMinimumWidth(), share));
+    if (mPreloader != nullptr) {
+        mPreloader->setGeometry(rect());
+    }
+}
+
+// --- Sign-out ---
+
+void PlayerWidgetDesktop::AskToSignOut()
+{
+    QPointer<PlayerWidgetDesktop> self(this);
+    MainWindowDesktop::PushWidget(new SkippableDialogWidgetDesktop(
+        QStringLiteral("Выход из аккаунта"), QStringLiteral("Вы уверены, что хотите выйти?"), [self]() {
+            if (self) {
+                self->SignOut();
+            }
+        }));
+}
+
+void PlayerWidgetDesktop::SignOut()
+{
+    const auto environment = mEnvironment.lock();
+    if (mSigningOut) {
+        return;
+    }
+    if (!environment) {
+        MainWindowDesktop::PopAllWidgetsAndShowIntro();
+        return;
+    }
+    mSigningOut = true;
+    ShowPreloader();
+    QPointer<PlayerWidgetDesktop> self(this);
+    const std::weak_ptr<UserEnvironment> weak = environment;
+    environment->SignOut(
+        [self]() {
+            if (self) {
+                MainWindowDesktop::PopAllWidgetsAndShowIntro();
+            }
+        },
+        [self, weak](std::shared_ptr<Core::DataTypes::NetworkError>) {
+            // The owner asked to leave: a server that cannot be reached must not
+            // keep this computer signed in and playing. The token stays valid on
+            // the server until it ends it itself.
+            if (const auto kept = weak.lock()) {
+                kept->ClearStoredEnvironmentWithoutSigningOut();
+            }
+            if (self) {
+                MainWindowDesktop::PopAllWidgetsAndShowIntro();
+            }
+        });
+}
+
+// --- Account errors ---
+
+QString PlayerWidgetDesktop::ContactUsText() const
+{
+    std::string name;
+    std::string email;
+    std::string phone;
+    if (const auto environment = mEnvironment.lock()) {
+        environment->GetServerInfo(name, email, phone);
+    }
+    const QString phoneText = QString::fromStdString(phone).trimmed();
+    const QString emailText = QString::fromStdString(email).trimmed();
+    QString contacts;
+    if (!phoneText.isEmpty() && !emailText.isEmpty()) {
+        contacts = QStringLiteral(": по телефону %1 или по электронной почте %2").arg(phoneText, emailText);
+    } else if (!phoneText.isEmpty()) {
+        contacts = QStringLiteral(" по телефону %1").arg(phoneText);
+    } else if (!emailText.isEmpty()) {
+        contacts = QStringLiteral(" по электронной почте %1").arg(emailText);
+    }
+    return QStringLiteral("Музыка на этом компьютере остановлена. Чтобы узнать причину и восстановить "
+                          "доступ, свяжитесь со службой поддержки") +
+           contacts + QLatin1Char('.');
+}
+
+void PlayerWidgetDesktop::OnWrongTokenError()
+{
+    PushAccountError(QStringLiteral("Ошибка авторизации"),
+                     QStringLiteral("Выполнен вход на другом устройстве"), false);
+}
+
+void PlayerWidgetDesktop::OnAccountIsBlockedError()
+{
+    PushAccountError(QStringLiteral("Ваш аккаунт заблокирован"), ContactUsText(), true);
+}
+
+void PlayerWidgetDesktop::PushAccountError(const QString& header, const QString& text, bool contacts)
+{
+    // The environment tells once per refused sign-in; a second refusal (another
+    // request, or the other kind) while the screen is up adds nothing to it.
+    if (mUnauthorizedScreen) {
+        return;
+    }
+    HidePreloader();
+    auto* screen = new UnauthErrorWidgetDesktop(header, text);
+    if (contacts) {
+        std::string name;
+        std::string email;
+        std::string phone;
+        if (const auto environment = mEnvironment.lock()) {
+            environment->GetServerInfo(name, email, phone);
+        }
+        screen->ShowSupportContacts(QString::fromStdString(phone).trimmed(),
+                                    QString::fromStdString(email).trimmed());
+    }
+    mUnauthorizedScreen = screen;
+    MainWindowDesktop::PushWidget(screen);
+}
+
+void PlayerWidgetDesktop::OnObjectExportedError()
+{
+    // The point of sale is no longer this account's: its schedule must not go on
+    // playing here. Every later check meets the same answer; one dialog is enough.
+    if (const auto environment = mEnvironment.lock()) {
+        environment->StopAndClearPlayer();
+    }
+    FollowPlayer();
+    if (mObjectExportedDialog || mUnauthorizedScreen) {
+        return;
+    }
+    auto* dialog = new NonskippableDialogWidgetDesktop(
+        QStringLiteral("Точка передана в другой аккаунт"),
+        QStringLiteral("Эта точка продаж больше не относится к вашему аккаунту, поэтому воспроизведение "
+                       "остановлено. Выберите другую точку в разделе «Объекты» или обратитесь в службу "
+                       "поддержки."));
+    mObjectExportedDialog = dialog;
+    MainWindowDesktop::PushWidget(dialog);
 }
 
 } // namespace UI::Desktop

@@ -1,16 +1,93 @@
 #pragma once
 
+#include "core/networking/object_exported_error_listener.h"
+#include "core/networking/unauthorized_error_listener.h"
+#include "core/playback_configuration_updated_observer.h"
+
+#include <QPointer>
 #include <QWidget>
+
+#include <memory>
+
+class QStackedWidget;
+
+namespace Core {
+class UserEnvironment;
+}
 
 namespace UI::Desktop {
 
-// Placeholder until the screen is written.
-class PlayerWidgetDesktop : public QWidget
+class BaseWidgetDesktop;
+class SideBarWidgetDesktop;
+
+// The frame of the signed-in application: the side bar on the left and, on the
+// right, one section at a time. While it exists it is the one that hears the
+// account's errors, and it starts the schedule playing as soon as the shop is
+// signed in, whether by a person or by a restart.
+class PlayerWidgetDesktop : public QWidget,
+                            public Core::UnauthorizedErrorListener,
+                            public Core::ObjectExportedErrorListener,
+                            public Core::PlaybackConfigurationUpdatedObserver
 {
     Q_OBJECT
 
 public:
     explicit PlayerWidgetDesktop(QWidget* parent = nullptr);
+    ~PlayerWidgetDesktop() override;
+
+    SideBarWidgetDesktop* SideBar() const;
+    QStackedWidget* InnerStack() const;
+
+    // The activity indicator over the whole frame; it takes every click until hidden.
+    void ShowPreloader();
+    void HidePreloader();
+
+    // How to reach the signed-in server's support, in one or two sentences; for the
+    // screens that send the owner there.
+    QString ContactUsText() const;
+
+    // UnauthorizedErrorListener, ObjectExportedErrorListener
+    void OnWrongTokenError() override;
+    void OnAccountIsBlockedError() override;
+    void OnObjectExportedError() override;
+
+    // PlaybackConfigurationUpdatedObserver
+    void PlaybackConfigurationUpdated(bool updated, const std::string& message) override;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+private slots:
+    void OpenPlayerSection();
+    void OpenMusicSection();
+    void OpenVideoSection();
+    void OpenPhotoSection();
+    void OpenLicenseSection();
+    void OpenObjectsSection();
+    void OpenSettingsSection();
+    void AskToSignOut();
+    void HideBlackout();
+
+private:
+    void AttachTo(const std::shared_ptr<Core::UserEnvironment>& environment);
+    void DetachFromEnvironment();
+    void StartPlaying();
+    void FollowPlayer();
+    void OpenSection(const char* section, const QString& title);
+    void ShowBlackout(bool shown);
+    void SignOut();
+    void PushAccountError(const QString& header, const QString& text, bool contacts);
+    void LayOut();
+
+    SideBarWidgetDesktop* mSideBar = nullptr;
+    QStackedWidget* mInnerStack = nullptr;
+    BaseWidgetDesktop* mPreloader = nullptr;
+    QString mCurrentSection;
+    std::weak_ptr<Core::UserEnvironment> mEnvironment;
+    // Each account error is shown once, however many requests meet it.
+    QPointer<QWidget> mUnauthorizedScreen;
+    QPointer<QWidget> mObjectExportedDialog;
+    bool mSigningOut = false;
 };
 
 } // namespace UI::Desktop
