@@ -6,7 +6,6 @@
 #include "ui/desktop/screen_error_text.h"
 
 #include <QPointer>
-#include <QQmlContext>
 #include <QUrl>
 
 #include <utility>
@@ -34,8 +33,8 @@ ChooseBusinessTypeWidgetDesktop::ChooseBusinessTypeWidgetDesktop(
     , mSave([this](bool busy) { SetPropertyOfRoot("saving", busy); },
             [this]() { ShowError(QString::fromUtf8(ScreenErrorText::NoAnswer)); })
 {
-    rootContext()->setContextProperty(QStringLiteral("businessTypesModel"), &mTypes);
     SetSource(QUrl(QString::fromLatin1(Document)));
+    SetPropertyOfRoot("businessTypesModel", QVariant::fromValue<QObject*>(&mTypes));
     ConnectQmlChild(QStringLiteral("nextButton"), "clicked()", this, "OnNext()");
     ConnectQmlChild(QStringLiteral("retryButton"), "clicked()", this, "LoadTypes()");
     LoadTypes();

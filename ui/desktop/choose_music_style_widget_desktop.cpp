@@ -6,7 +6,6 @@
 #include "ui/desktop/sign_up_success_widget_desktop.h"
 
 #include <QPointer>
-#include <QQmlContext>
 #include <QUrl>
 
 #include <utility>
@@ -34,8 +33,8 @@ ChooseMusicStyleWidgetDesktop::ChooseMusicStyleWidgetDesktop(const Core::DataTyp
     , mSave([this](bool busy) { SetPropertyOfRoot("saving", busy); },
             [this]() { ShowError(QString::fromUtf8(ScreenErrorText::NoAnswer)); })
 {
-    rootContext()->setContextProperty(QStringLiteral("musicStylesModel"), &mStyles);
     SetSource(QUrl(QString::fromLatin1(Document)));
+    SetPropertyOfRoot("musicStylesModel", QVariant::fromValue<QObject*>(&mStyles));
     ConnectQmlChild(QStringLiteral("nextButton"), "clicked()", this, "OnNext()");
     ConnectQmlChild(QStringLiteral("skipButton"), "clicked()", this, "OnSkip()");
     ConnectQmlChild(QStringLiteral("backButton"), "clicked()", this, "OnBack()");

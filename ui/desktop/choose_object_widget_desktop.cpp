@@ -7,7 +7,6 @@
 #include "ui/desktop/screen_error_text.h"
 
 #include <QPointer>
-#include <QQmlContext>
 #include <QUrl>
 
 namespace UI::Desktop {
@@ -29,8 +28,8 @@ ChooseObjectWidgetDesktop::ChooseObjectWidgetDesktop(
                [this]() { ShowError(QString::fromUtf8(ScreenErrorText::NoAnswer)); })
 {
     mObjects.SetObjects(objects);
-    rootContext()->setContextProperty(QStringLiteral("objectsModel"), &mObjects);
     SetSource(QUrl(QString::fromLatin1(Document)));
+    SetPropertyOfRoot("objectsModel", QVariant::fromValue<QObject*>(&mObjects));
     ConnectQmlRoot("objectChosen(int)", this, "OnObjectChosen(int)");
     ConnectQmlChild(QStringLiteral("backButton"), "clicked()", this, "OnBack()");
 }

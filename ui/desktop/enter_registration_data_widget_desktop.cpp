@@ -7,7 +7,6 @@
 #include "ui/ui_kit/ui_kit.h"
 
 #include <QPointer>
-#include <QQmlContext>
 #include <QStringList>
 #include <QUrl>
 
@@ -41,8 +40,8 @@ EnterRegistrationDataWidgetDesktop::EnterRegistrationDataWidgetDesktop(QWidget* 
     , mRequest([this](bool busy) { SetPropertyOfRoot("sending", busy); },
                [this]() { ShowError(QString::fromUtf8(ScreenErrorText::NoAnswer)); })
 {
-    rootContext()->setContextProperty(QStringLiteral("serversModel"), mServers.Model());
     SetSource(QUrl(QString::fromLatin1(Document)));
+    SetPropertyOfRoot("serversModel", QVariant::fromValue<QObject*>(mServers.Model()));
     ConnectQmlChild(QStringLiteral("nextButton"), "clicked()", this, "OnNext()");
     ConnectQmlChild(QStringLiteral("backButton"), "clicked()", this, "OnBack()");
     ConnectQmlRoot("serverChanged()", this, "OnServerChanged()");

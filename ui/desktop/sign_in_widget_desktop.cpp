@@ -8,7 +8,6 @@
 
 #include <QCoreApplication>
 #include <QPointer>
-#include <QQmlContext>
 #include <QUrl>
 
 #include <memory>
@@ -27,8 +26,8 @@ SignInWidgetDesktop::SignInWidgetDesktop(QWidget* parent)
     , mRequest([this](bool busy) { SetPropertyOfRoot("signingIn", busy); },
                [this]() { ShowError(QString::fromUtf8(ScreenErrorText::NoAnswer)); })
 {
-    rootContext()->setContextProperty(QStringLiteral("serversModel"), mServers.Model());
     SetSource(QUrl(QString::fromLatin1(Document)));
+    SetPropertyOfRoot("serversModel", QVariant::fromValue<QObject*>(mServers.Model()));
     SetPropertyOfRoot("versionText", QStringLiteral("Версия ") + QCoreApplication::applicationVersion());
     ConnectQmlChild(QStringLiteral("signInButton"), "clicked()", this, "OnSignIn()");
     ConnectQmlChild(QStringLiteral("signUpButton"), "clicked()", this, "OnSignUp()");

@@ -8,6 +8,9 @@ ZAuthPage {
     id: root
     objectName: "chooseObjectScreen"
 
+    // The screen's list model, handed over once the document has loaded.
+    property var objectsModel: null
+
     signal objectChosen(int index)
 
     Keys.onEscapePressed: backButton.clicked()
@@ -31,7 +34,7 @@ ZAuthPage {
             height: Math.min(contentHeight, 4 * UiKit.ObjectCardHeight + 3 * spacing)
             spacing: UiKit.SpacingSmall
             clip: true
-            model: objectsModel
+            model: root.objectsModel
             activeFocusOnTab: true
             keyNavigationEnabled: true
             boundsBehavior: Flickable.StopAtBounds

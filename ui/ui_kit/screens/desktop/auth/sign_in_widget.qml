@@ -9,6 +9,9 @@ ZAuthPage {
     id: root
     objectName: "signInScreen"
 
+    // The screen's list model, handed over once the document has loaded.
+    property var serversModel: null
+
     property string supportPhone: ""
     property string supportEmail: ""
     // Already percent-encoded by the screen, so it can sit inside the link's quotes.
@@ -53,7 +56,7 @@ ZAuthPage {
         ZServerChooser {
             id: serverChooser
             objectName: "serverChooser"
-            model: serversModel
+            model: root.serversModel
             onChanged: root.serverChanged()
         }
         ZTextField {

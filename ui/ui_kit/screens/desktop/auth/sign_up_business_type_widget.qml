@@ -8,6 +8,9 @@ ZAuthPage {
     id: root
     objectName: "signUpBusinessTypeScreen"
 
+    // The screen's list model, handed over once the document has loaded.
+    property var businessTypesModel: null
+
     property int chosenIndex: -1
     property bool saving: false
     property bool loadFailed: false
@@ -35,7 +38,7 @@ ZAuthPage {
             spacing: UiKit.SpacingSmall
 
             Repeater {
-                model: businessTypesModel
+                model: root.businessTypesModel
 
                 Rectangle {
                     id: tile

@@ -8,6 +8,9 @@ ZAuthPage {
     id: root
     objectName: "signUpMusicStylesScreen"
 
+    // The screen's list model, handed over once the document has loaded.
+    property var musicStylesModel: null
+
     property bool saving: false
     property bool loadFailed: false
 
@@ -35,7 +38,7 @@ ZAuthPage {
             spacing: UiKit.SpacingSmall
 
             Repeater {
-                model: musicStylesModel
+                model: root.musicStylesModel
 
                 Rectangle {
                     id: chip

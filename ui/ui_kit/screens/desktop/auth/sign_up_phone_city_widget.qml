@@ -8,6 +8,9 @@ ZAuthPage {
     id: root
     objectName: "signUpPhoneCityScreen"
 
+    // The screen's list model, handed over once the document has loaded.
+    property var serversModel: null
+
     property string phoneCountryCode: ""
     property var citySuggestionsModel: []
     property bool sending: false
@@ -33,7 +36,7 @@ ZAuthPage {
         ZServerChooser {
             id: serverChooser
             objectName: "serverChooser"
-            model: serversModel
+            model: root.serversModel
             onChanged: root.serverChanged()
         }
         ZTextField {
