@@ -73,8 +73,8 @@ ZAuthPage {
                     id: iconBox
                     x: UiKit.SpacingMedium
                     anchors.verticalCenter: parent.verticalCenter
-                    width: UiKit.LargeIconSize + UiKit.SpacingSmall
-                    height: width
+                    height: parent.height - 2 * UiKit.SpacingMedium
+                    width: height
                     radius: UiKit.ControlRadius
                     color: UiKit.ObjectCardIconBackground
 
