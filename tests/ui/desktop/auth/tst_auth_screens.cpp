@@ -365,7 +365,9 @@ private slots:
     {
         QFETCH(QString, address);
         QFETCH(bool, warned);
-        const QString url = address.isEmpty() ? service->BaseUrl() : address.arg(service->Port());
+        const QString url = address.isEmpty()                       ? service->BaseUrl()
+                            : address.contains(QLatin1String("%1")) ? address.arg(service->Port())
+                                                                    : address;
         TypeSignIn(url, QStringLiteral("owner"), QStringLiteral("secret"));
         QVERIFY(driver->Click(QStringLiteral("signInButton")));
         if (!warned) {
