@@ -111,7 +111,10 @@ void Walk::ChooseService()
     if (!Step(chooser != nullptr, QStringLiteral("find the server chooser"))) {
         return;
     }
-    // "Другой сервер…" is the chooser's last entry.
+    // The built-in list arrives a moment after the screen; "Другой сервер…" is its
+    // last entry.
+    WaitFor([chooser]() { return chooser->property("count").toInt() >= 2; },
+            QStringLiteral("the servers list"));
     chooser->setProperty("currentIndex", chooser->property("count").toInt() - 1);
     Step(mDriver.SetText(QStringLiteral("serverAddressField"), mService->BaseUrl()),
          QStringLiteral("type the server address"));

@@ -3,7 +3,9 @@
 #include "ui/desktop/base_widget_desktop.h"
 #include "ui/desktop/main_window_desktop.h"
 
+#include <QAccessible>
 #include <QQuickItem>
+#include <QRegularExpression>
 #include <QStackedWidget>
 #include <QTest>
 
@@ -67,6 +69,21 @@ QObject* ScreenDriver::Item(const QString& objectName) const
             return item;
         }
     }
+    // The rows of a list view belong to its model, not to the view: they are only
+    // found through the visual tree.
+    for (auto* screen : VisibleQmlScreens()) {
+        QList<QQuickItem*> items;
+        if (screen->rootObject() != nullptr) {
+            items.append(screen->rootObject());
+        }
+        while (!items.isEmpty()) {
+            QQuickItem* item = items.takeFirst();
+            if (item->objectName() == objectName) {
+                return item;
+            }
+            items.append(item->childItems());
+        }
+    }
     return nullptr;
 }
 
@@ -97,6 +114,41 @@ void ScreenDriver::PressKey(int key) const
     if (!screens.isEmpty()) {
         QTest::keyClick(screens.last(), static_cast<Qt::Key>(key));
     }
+}
+
+QStringList ScreenDriver::UnnamedControls() const
+{
+    static const QRegularExpression cyrillic(QStringLiteral("\\p{Cyrillic}"));
+    const QList<QAccessible::Role> interactive = {
+        QAccessible::Button,   QAccessible::CheckBox, QAccessible::RadioButton, QAccessible::EditableText,
+        QAccessible::ComboBox, QAccessible::Slider,   QAccessible::SpinBox,     QAccessible::Link,
+    };
+    QStringList unnamed;
+    for (auto* screen : VisibleQmlScreens()) {
+        QQuickItem* root = screen->rootObject();
+        if (root == nullptr) {
+            continue;
+        }
+        QList<QQuickItem*> items = {root};
+        while (!items.isEmpty()) {
+            QQuickItem* item = items.takeFirst();
+            if (!item->isVisible()) {
+                continue;
+            }
+            items.append(item->childItems());
+            QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(item);
+            if (accessible == nullptr || !interactive.contains(accessible->role())) {
+                continue;
+            }
+            const QString name = accessible->text(QAccessible::Name);
+            if (item->objectName().isEmpty() || !name.contains(cyrillic)) {
+                unnamed.append(QStringLiteral("%1 '%2' (%3) in %4")
+                                   .arg(QString::fromLatin1(item->metaObject()->className()),
+                                        item->objectName(), name, screen->source().toString()));
+            }
+        }
+    }
+    return unnamed;
 }
 
 } // namespace Tests

@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 
 class QObject;
@@ -39,6 +40,10 @@ public:
     bool SetText(const QString& objectName, const QString& text) const;
     // A key press to the top-most visible QML screen, which hands it to its focused item.
     void PressKey(int key) const;
+    // The visible controls a person can act on (buttons, fields, switches, choosers,
+    // links) that lack an objectName or a Russian accessible name, described for a
+    // failure message; empty when every control is named.
+    QStringList UnnamedControls() const;
 
 private:
     UI::Desktop::MainWindowDesktop* mWindow;

@@ -126,7 +126,7 @@ Rectangle {
                 id: okButton
                 objectName: "okButton"
                 anchors.horizontalCenter: parent.horizontalCenter
-                text: "OK"
+                text: "ОК"
                 focus: true
                 onClicked: screen.okClicked()
             }

@@ -9,7 +9,7 @@ Item {
     property string header: ""
     property string text: ""
     property bool skippable: false
-    property string okText: "OK"
+    property string okText: "ОК"
     property string cancelText: "Отмена"
     property url backdropSource: ""
 
