@@ -57,40 +57,6 @@ private:
     std::unique_ptr<UI::Desktop::MainWindowDesktop> window;
     std::unique_ptr<Tests::ScreenDriver> driver;
 
-    // An item by objectName, also among the rows of lists and repeaters, which are
-    // children of their view only in the item tree.
-    QQuickItem* Row(const QString& objectName) const
-    {
-        for (auto* screen : driver->VisibleQmlScreens()) {
-            QList<QQuickItem*> items;
-            if (screen->rootObject() != nullptr) {
-                items.append(screen->rootObject());
-            }
-            while (!items.isEmpty()) {
-                QQuickItem* item = items.takeFirst();
-                if (item->objectName() == objectName) {
-                    return item;
-                }
-                items.append(item->childItems());
-            }
-        }
-        return nullptr;
-    }
-
-    // As ScreenDriver::Click: false when the row is missing, hidden or disabled.
-    bool ClickRow(const QString& objectName) const
-    {
-        QQuickItem* row = Row(objectName);
-        return row != nullptr && row->isVisible() && row->isEnabled() &&
-               QMetaObject::invokeMethod(row, "clicked");
-    }
-
-    QVariant RowProperty(const QString& objectName, const char* property) const
-    {
-        QQuickItem* row = Row(objectName);
-        return row != nullptr ? row->property(property) : QVariant();
-    }
-
     QString Text(const QString& item, const char* property = "text") const
     {
         return driver->Property(item, property).toString();
@@ -292,14 +258,16 @@ private slots:
     {
         SignInAsOwner();
         QCOMPARE(driver->Property(QStringLiteral("listView"), "count").toInt(), 2);
-        QCOMPARE(RowProperty(QStringLiteral("objectCard0"), "title").toString(), QStringLiteral("Кофейня"));
-        QCOMPARE(RowProperty(QStringLiteral("objectCard1"), "title").toString(), QStringLiteral("Склад"));
+        QCOMPARE(driver->Property(QStringLiteral("objectCard0"), "title").toString(),
+                 QStringLiteral("Кофейня"));
+        QCOMPARE(driver->Property(QStringLiteral("objectCard1"), "title").toString(),
+                 QStringLiteral("Склад"));
 
         // A slow sign-in shows the activity indicator instead of a frozen screen.
         Tests::ServiceFault slow(QStringLiteral("auth/sign_in"), QStringLiteral("delay"), 1);
         slow.delayMs = Tests::Timeouts::Silence;
         QVERIFY(service->AddFault(slow) >= 0);
-        QVERIFY(ClickRow(QStringLiteral("objectCard0")));
+        QVERIFY(driver->Click(QStringLiteral("objectCard0")));
         QTRY_VERIFY_WITH_TIMEOUT(driver->Property(QStringLiteral("fullScreenThrobber"), "visible").toBool(),
                                  Tests::Timeouts::Quick);
         QTRY_VERIFY_WITH_TIMEOUT(PlayerShown(), Tests::Timeouts::Process);
@@ -319,7 +287,7 @@ private slots:
     {
         QVERIFY(service->SetObjectExported(QStringLiteral("shop2"), true));
         SignInAsOwner();
-        QVERIFY(ClickRow(QStringLiteral("objectCard1")));
+        QVERIFY(driver->Click(QStringLiteral("objectCard1")));
         QTRY_VERIFY_WITH_TIMEOUT(driver->DocumentShown(QStringLiteral("nonskippable_dialog_widget.qml")),
                                  Tests::Timeouts::Process);
         QVERIFY(Text(QStringLiteral("bodyText")).contains(QStringLiteral("выгрузка")));
@@ -432,7 +400,7 @@ private slots:
         ChooseServer(service->BaseUrl());
         QVERIFY(driver->SetText(QStringLiteral("phoneField"), QStringLiteral("999 123-45-67")));
         QVERIFY(driver->SetText(QStringLiteral("cityField"), QStringLiteral("моск")));
-        QVERIFY(ClickRow(QStringLiteral("citySuggestion0")));
+        QVERIFY(driver->Click(QStringLiteral("citySuggestion0")));
         QCOMPARE(Text(QStringLiteral("cityField")), QStringLiteral("Москва"));
         // The city is chosen: no more suggestions.
         QCOMPARE(driver->Property(QStringLiteral("citySuggestions"), "count").toInt(), 0);
@@ -463,9 +431,9 @@ private slots:
         QCOMPARE(service->Received(QStringLiteral("sign_ups")).size(), 1);
         // The account exists: no way back into creating it again.
         QVERIFY(!driver->Click(QStringLiteral("backButton")));
-        QTRY_VERIFY_WITH_TIMEOUT(Row(QStringLiteral("businessTypeTile1")), Tests::Timeouts::Process);
-        QVERIFY(ClickRow(QStringLiteral("businessTypeTile1")));
-        QVERIFY(RowProperty(QStringLiteral("businessTypeTile1"), "checked").toBool());
+        QTRY_VERIFY_WITH_TIMEOUT(driver->Item(QStringLiteral("businessTypeTile1")), Tests::Timeouts::Process);
+        QVERIFY(driver->Click(QStringLiteral("businessTypeTile1")));
+        QVERIFY(driver->Property(QStringLiteral("businessTypeTile1"), "checked").toBool());
         QVERIFY(driver->Click(QStringLiteral("nextButton")));
 
         QTRY_VERIFY_WITH_TIMEOUT(
@@ -474,11 +442,11 @@ private slots:
         const QJsonArray types = service->Received(QStringLiteral("business_types"));
         QCOMPARE(types.size(), 1);
         QCOMPARE(types.first().toObject().value(QStringLiteral("business_type_id")).toInt(), 2);
-        QTRY_VERIFY_WITH_TIMEOUT(Row(QStringLiteral("musicStyleChip1")), Tests::Timeouts::Process);
+        QTRY_VERIFY_WITH_TIMEOUT(driver->Item(QStringLiteral("musicStyleChip1")), Tests::Timeouts::Process);
         for (const int style : styles) {
             const QString chip = QStringLiteral("musicStyleChip%1").arg(style);
-            QVERIFY(ClickRow(chip));
-            QVERIFY(RowProperty(chip, "checked").toBool());
+            QVERIFY(driver->Click(chip));
+            QVERIFY(driver->Property(chip, "checked").toBool());
         }
         QVERIFY(
             driver->Click(styles.isEmpty() ? QStringLiteral("skipButton") : QStringLiteral("nextButton")));

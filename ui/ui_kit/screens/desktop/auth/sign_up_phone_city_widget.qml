@@ -70,61 +70,80 @@ ZAuthPage {
             inputObjectName: "cityField"
             onTextChanged: root.cityEdited(text)
         }
-        ListView {
-            id: suggestions
-            objectName: "citySuggestions"
+        // The suggestions open over the fields below, as a drop-down does, so the
+        // form keeps its place and "Далее" stays in view.
+        Item {
             width: parent.width
-            height: count * UiKit.ListRowHeight
-            visible: count > 0
-            interactive: false
-            model: root.citySuggestionsModel
-            activeFocusOnTab: true
-            keyNavigationEnabled: true
-            Accessible.role: Accessible.List
-            Accessible.name: "Подходящие города"
-            Keys.onReturnPressed: if (currentItem) currentItem.clicked()
-            Keys.onEnterPressed: if (currentItem) currentItem.clicked()
-
-            delegate: Rectangle {
-                id: row
-                objectName: "citySuggestion" + index
-
-                signal clicked()
-
-                width: ListView.view.width
-                height: UiKit.ListRowHeight
+            height: 0
+            z: 10
+            Rectangle {
+                y: UiKit.SpacingUnit
+                width: parent.width
+                height: suggestions.height + UiKit.SpacingUnit * 2
+                visible: suggestions.visible
                 radius: UiKit.ControlRadius
-                color: mouse.containsMouse || (row.ListView.isCurrentItem && suggestions.activeFocus)
-                       ? UiKit.SuggestionListItemHoverBackground : UiKit.SuggestionListBackground
-                Accessible.role: Accessible.ListItem
-                Accessible.name: modelData
-                Accessible.onPressAction: row.clicked()
-                onClicked: {
-                    // Setting the text empties the suggestions and destroys this row,
-                    // so it is the handler's last step.
-                    var city = modelData;
-                    cityInput.input.forceActiveFocus();
-                    cityInput.text = city;
-                }
+                color: UiKit.SuggestionListBackground
+                border.width: UiKit.BorderWidth
+                border.color: UiKit.CardBorderColor
+            }
+            ListView {
+                id: suggestions
+                objectName: "citySuggestions"
+                width: parent.width
+                y: UiKit.SpacingUnit * 2
+                height: Math.min(count, UiKit.SuggestionCount) * UiKit.ListRowHeight
+                clip: true
+                visible: count > 0
+                interactive: count > UiKit.SuggestionCount
+                model: root.citySuggestionsModel
+                activeFocusOnTab: true
+                keyNavigationEnabled: true
+                Accessible.role: Accessible.List
+                Accessible.name: "Подходящие города"
+                Keys.onReturnPressed: if (currentItem) currentItem.clicked()
+                Keys.onEnterPressed: if (currentItem) currentItem.clicked()
 
-                Text {
-                    anchors.left: parent.left
-                    anchors.leftMargin: UiKit.SpacingMedium - UiKit.SpacingUnit
-                    anchors.right: parent.right
-                    anchors.verticalCenter: parent.verticalCenter
-                    text: modelData
-                    elide: Text.ElideRight
-                    font.family: UiKit.TextFieldFont.family
-                    font.weight: UiKit.TextFieldFont.weight
-                    font.pointSize: UiKit.TextFieldPointSize
-                    color: UiKit.TextPrimaryColor
-                }
-                MouseArea {
-                    id: mouse
-                    anchors.fill: parent
-                    hoverEnabled: true
-                    cursorShape: Qt.PointingHandCursor
-                    onClicked: row.clicked()
+                delegate: Rectangle {
+                    id: row
+                    objectName: "citySuggestion" + index
+
+                    signal clicked()
+
+                    width: ListView.view.width
+                    height: UiKit.ListRowHeight
+                    radius: UiKit.ControlRadius
+                    color: mouse.containsMouse || (row.ListView.isCurrentItem && suggestions.activeFocus)
+                           ? UiKit.SuggestionListItemHoverBackground : UiKit.SuggestionListBackground
+                    Accessible.role: Accessible.ListItem
+                    Accessible.name: modelData
+                    Accessible.onPressAction: row.clicked()
+                    onClicked: {
+                        // Setting the text empties the suggestions and destroys this row,
+                        // so it is the handler's last step.
+                        var city = modelData;
+                        cityInput.input.forceActiveFocus();
+                        cityInput.text = city;
+                    }
+
+                    Text {
+                        anchors.left: parent.left
+                        anchors.leftMargin: UiKit.SpacingMedium - UiKit.SpacingUnit
+                        anchors.right: parent.right
+                        anchors.verticalCenter: parent.verticalCenter
+                        text: modelData
+                        elide: Text.ElideRight
+                        font.family: UiKit.TextFieldFont.family
+                        font.weight: UiKit.TextFieldFont.weight
+                        font.pointSize: UiKit.TextFieldPointSize
+                        color: UiKit.TextPrimaryColor
+                    }
+                    MouseArea {
+                        id: mouse
+                        anchors.fill: parent
+                        hoverEnabled: true
+                        cursorShape: Qt.PointingHandCursor
+                        onClicked: row.clicked()
+                    }
                 }
             }
         }

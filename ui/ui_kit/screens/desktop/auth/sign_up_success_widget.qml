@@ -36,7 +36,7 @@ ZAuthPage {
             id: okButton
             objectName: "okButton"
             width: parent.width
-            text: "OK"
+            text: "ОК"
         }
     }
 }
