@@ -30,7 +30,15 @@ BaseWidgetDesktop::BaseWidgetDesktop(QWidget* parent)
     });
 }
 
-BaseWidgetDesktop::~BaseWidgetDesktop() = default;
+BaseWidgetDesktop::~BaseWidgetDesktop()
+{
+    // With the software renderer, QQuickWidget frees the textures of its images only
+    // at the end of a frame: destroyed as it is, a screen would leave every picture it
+    // drew behind. So the document goes first, and one empty frame lets the scene
+    // graph drop what it held while it still can.
+    setSource(QUrl());
+    grabFramebuffer();
+}
 
 void BaseWidgetDesktop::SetSource(const QUrl& url)
 {

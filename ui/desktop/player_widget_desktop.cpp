@@ -306,7 +306,26 @@ void PlayerWidgetDesktop::SignOut()
         return;
     }
     if (!environment) {
-        MainWindowDesktop::PopAllWidgetsAndShowIntro();
+        // The frame learns its environment on the next pass of the event loop; a
+        // sign-out asked before that still signs out the current one.
+        mSigningOut = true;
+        QPointer<PlayerWidgetDesktop> self(this);
+        UserEnvironment::GetSignedInEnvironment([self](std::shared_ptr<UserEnvironment> current) {
+            if (!self) {
+                return;
+            }
+            // The frame's own request for its environment came first and has
+            // attached it by now, unless there was none.
+            self->mSigningOut = false;
+            if (self->mEnvironment.expired() && current) {
+                self->AttachTo(current);
+            }
+            if (self->mEnvironment.expired()) {
+                MainWindowDesktop::PopAllWidgetsAndShowIntro();
+                return;
+            }
+            self->SignOut();
+        });
         return;
     }
     mSigningOut = true;

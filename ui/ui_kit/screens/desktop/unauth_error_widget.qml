@@ -43,6 +43,7 @@ Rectangle {
                 radius: width / 2
                 color: UiKit.ErrorScreenIconBackground
                 Image {
+                    cache: false
                     anchors.centerIn: parent
                     width: UiKit.LargeIconSize
                     height: UiKit.LargeIconSize
@@ -76,6 +77,7 @@ Rectangle {
                     visible: screen.supportPhone.length > 0
                     spacing: UiKit.SpacingSmall
                     Image {
+                        cache: false
                         anchors.verticalCenter: parent.verticalCenter
                         width: UiKit.IconSize
                         height: UiKit.IconSize
@@ -100,6 +102,7 @@ Rectangle {
                     visible: screen.supportEmail.length > 0
                     spacing: UiKit.SpacingSmall
                     Image {
+                        cache: false
                         anchors.verticalCenter: parent.verticalCenter
                         width: UiKit.IconSize
                         height: UiKit.IconSize

@@ -79,6 +79,7 @@ ZAuthPage {
                     color: UiKit.ObjectCardIconBackground
 
                     Image {
+                        cache: false
                         anchors.centerIn: parent
                         width: UiKit.IconSize
                         height: UiKit.IconSize

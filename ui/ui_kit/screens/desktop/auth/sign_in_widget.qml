@@ -32,6 +32,7 @@ ZAuthPage {
         spacing: UiKit.SpacingSmall
 
         Image {
+            cache: false
             anchors.verticalCenter: parent.verticalCenter
             width: UiKit.LargeIconSize
             height: UiKit.LargeIconSize

@@ -65,6 +65,7 @@ ZAuthPage {
                     onClicked: root.chosenIndex = index
 
                     Image {
+                        cache: false
                         id: icon
                         x: UiKit.SpacingSmall + UiKit.SpacingUnit
                         anchors.verticalCenter: parent.verticalCenter

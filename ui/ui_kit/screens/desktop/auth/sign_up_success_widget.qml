@@ -14,6 +14,7 @@ ZAuthPage {
 
     ZAuthCard {
         Image {
+            cache: false
             anchors.horizontalCenter: parent.horizontalCenter
             width: UiKit.ThrobberSize
             height: UiKit.ThrobberSize

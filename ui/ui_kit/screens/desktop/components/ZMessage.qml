@@ -16,6 +16,7 @@ Rectangle {
     Accessible.name: text
 
     Image {
+        cache: false
         id: icon
         anchors.left: parent.left
         anchors.leftMargin: UiKit.SpacingSmall + 4

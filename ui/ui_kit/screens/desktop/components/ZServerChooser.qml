@@ -55,6 +55,7 @@ Column {
                 elide: Text.ElideRight
             }
             indicator: Image {
+                cache: false
                 x: combo.width - width - UiKit.SpacingMedium + UiKit.SpacingUnit
                 y: (combo.height - height) / 2
                 width: UiKit.IconSize

@@ -35,6 +35,7 @@ AbstractButton {
         spacing: UiKit.SpacingSmall + UiKit.SpacingUnit
 
         Image {
+            cache: false
             anchors.verticalCenter: parent.verticalCenter
             width: UiKit.SideBarIconSize
             height: UiKit.SideBarIconSize

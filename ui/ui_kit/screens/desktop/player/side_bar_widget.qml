@@ -43,6 +43,7 @@ Rectangle {
             spacing: UiKit.SpacingSmall
 
             Image {
+                cache: false
                 anchors.verticalCenter: parent.verticalCenter
                 width: UiKit.IconButtonSize
                 height: UiKit.IconButtonSize
@@ -161,6 +162,7 @@ Rectangle {
             spacing: UiKit.SpacingSmall
 
             Image {
+                cache: false
                 id: serverIcon
                 width: UiKit.StatusDotSize + UiKit.SpacingUnit
                 height: width
@@ -222,6 +224,7 @@ Rectangle {
             }
             contentItem: Item {
                 Image {
+                    cache: false
                     id: themeIcon
                     anchors.left: parent.left
                     anchors.leftMargin: UiKit.SpacingSmall + UiKit.SpacingUnit
