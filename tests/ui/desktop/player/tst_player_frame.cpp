@@ -276,6 +276,23 @@ private slots:
         }
     }
 
+    // The frame learns its environment on the next pass of the event loop; an
+    // owner who signs out before that is signed out all the same.
+    void signingOutAtOnce()
+    {
+        QString error;
+        QVERIFY2(ShopSession::SignedIn(server, ShopSession::Shop(), &error), qPrintable(error));
+        UserEnvironment::ForgetProcessStateForTesting();
+        window.reset(UI::Desktop::ApplicationStartUp::CreateMainWindow());
+        driver = std::make_unique<Tests::ScreenDriver>(window.get());
+        QVERIFY(driver->Click("logoutButton"));
+        QVERIFY(driver->Click("okButton"));
+        QTRY_VERIFY_WITH_TIMEOUT(qobject_cast<UI::Desktop::SignInWidgetDesktop*>(driver->CurrentScreen()),
+                                 Tests::Timeouts::Process);
+        QVERIFY(!SignInStored());
+        QCOMPARE(service->Received(QStringLiteral("sign_outs")).size(), 1);
+    }
+
     void theAccountRefusedShowsOneScreenThenSignIn_data()
     {
         QTest::addColumn<QString>("refusal");
