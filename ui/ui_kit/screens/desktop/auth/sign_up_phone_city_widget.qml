@@ -71,10 +71,11 @@ ZAuthPage {
             onTextChanged: root.cityEdited(text)
         }
         // The suggestions open over the fields below, as a drop-down does, so the
-        // form keeps its place and "Далее" stays in view.
+        // form keeps its place and "Далее" stays in view. One pixel high: a column
+        // does not place an item without a size.
         Item {
             width: parent.width
-            height: 0
+            height: 1
             z: 10
             Rectangle {
                 y: UiKit.SpacingUnit
