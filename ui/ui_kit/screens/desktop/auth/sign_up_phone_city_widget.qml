@@ -90,7 +90,9 @@ ZAuthPage {
             ListView {
                 id: suggestions
                 objectName: "citySuggestions"
-                width: parent.width
+                // Inside the frame's hairline, which the rows would otherwise cover.
+                x: UiKit.BorderWidth
+                width: parent.width - 2 * UiKit.BorderWidth
                 y: UiKit.SpacingUnit * 2
                 height: Math.min(count, UiKit.SuggestionCount) * UiKit.ListRowHeight
                 clip: true
