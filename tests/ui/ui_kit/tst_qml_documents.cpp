@@ -4,41 +4,16 @@
 // draw all show up here before a shop owner sees a blank screen.
 
 #include "tests/support/test_data_directory.h"
+#include "tests/ui/support/qml_warnings.h"
 #include "ui/desktop/base_widget_desktop.h"
 #include "ui/ui_kit/ui_kit.h"
 #include "ui/ui_kit/ui_resources.h"
 
 #include <QApplication>
 #include <QDirIterator>
-#include <QMutex>
 #include <QtTest>
 
 #include <memory>
-
-namespace {
-
-QMutex warningsMutex;
-QStringList warnings;
-QtMessageHandler previousHandler = nullptr;
-
-void RecordWarnings(QtMsgType type, const QMessageLogContext& context, const QString& message)
-{
-    if (type != QtDebugMsg && type != QtInfoMsg) {
-        QMutexLocker lock(&warningsMutex);
-        warnings.append(message);
-    }
-    previousHandler(type, context, message);
-}
-
-QStringList TakeWarnings()
-{
-    QMutexLocker lock(&warningsMutex);
-    QStringList taken;
-    taken.swap(warnings);
-    return taken;
-}
-
-} // namespace
 
 class TestQmlDocuments : public QObject
 {
@@ -46,7 +21,6 @@ class TestQmlDocuments : public QObject
 
 private slots:
     void initTestCase();
-    void cleanupTestCase();
     void loadsInBothThemes_data();
     void loadsInBothThemes();
 
@@ -58,12 +32,7 @@ void TestQmlDocuments::initTestCase()
 {
     mData = std::make_unique<Tests::TestDataDirectory>();
     QVERIFY(mData->IsValid());
-    previousHandler = qInstallMessageHandler(RecordWarnings);
-}
-
-void TestQmlDocuments::cleanupTestCase()
-{
-    qInstallMessageHandler(previousHandler);
+    Tests::QmlWarnings::StartRecording();
 }
 
 void TestQmlDocuments::loadsInBothThemes_data()
@@ -89,7 +58,7 @@ void TestQmlDocuments::loadsInBothThemes()
     QFETCH(QUrl, document);
     UI::UiKit& kit = UI::UiKit::GetInstance();
     kit.SetDeviceType(UI::UiKit::Desktop);
-    TakeWarnings();
+    Tests::QmlWarnings::Take();
 
     for (const bool dark : {true, false}) {
         kit.SetDarkTheme(dark);
@@ -103,7 +72,7 @@ void TestQmlDocuments::loadsInBothThemes()
         // The other palette while it is open, as a switch in the side bar does.
         kit.SwitchTheme();
         QVERIFY(!screen.grabFramebuffer().isNull());
-        const QStringList found = TakeWarnings();
+        const QStringList found = Tests::QmlWarnings::Take();
         QVERIFY2(found.isEmpty(), qPrintable(found.join(QLatin1Char('\n'))));
     }
 }

@@ -8,6 +8,7 @@
 #include "tests/support/service_fault.h"
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_timeouts.h"
+#include "tests/ui/support/qml_warnings.h"
 #include "tests/ui/support/screen_driver.h"
 #include "ui/desktop/application_start_up.h"
 #include "ui/desktop/base_widget_desktop.h"
@@ -31,19 +32,6 @@ namespace {
 
 const QString SignInDocument = QStringLiteral("auth/sign_in_widget.qml");
 const QString ChooseObjectDocument = QStringLiteral("auth/choose_object_widget.qml");
-
-QStringList sQmlWarnings;
-QtMessageHandler sPreviousHandler = nullptr;
-
-void RecordQmlWarnings(QtMsgType type, const QMessageLogContext& context, const QString& message)
-{
-    if (message.startsWith(QLatin1String("QML:")) || message.contains(QLatin1String("qrc:/ui_kit"))) {
-        sQmlWarnings << message;
-    }
-    if (sPreviousHandler != nullptr) {
-        sPreviousHandler(type, context, message);
-    }
-}
 
 } // namespace
 
@@ -113,7 +101,7 @@ private:
 private slots:
     void initTestCase()
     {
-        sPreviousHandler = qInstallMessageHandler(RecordQmlWarnings);
+        Tests::QmlWarnings::StartRecording();
         UI::Desktop::ApplicationStartUp::ConfigureApplication();
         QString error;
         service = Tests::ReferenceService::Started(QStringLiteral("basic"), &error);
@@ -143,8 +131,7 @@ private slots:
         UI::Desktop::PendingRequest::ResetNoAnswerDelayForTesting();
         Tests::ShopSession::ForgetSession();
         dataDirectory.reset();
-        const QStringList warnings = sQmlWarnings;
-        sQmlWarnings.clear();
+        const QStringList warnings = Tests::QmlWarnings::Take();
         QVERIFY2(warnings.isEmpty(), qPrintable(warnings.join(QLatin1Char('\n'))));
     }
 

@@ -16,6 +16,7 @@
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_media.h"
 #include "tests/support/test_timeouts.h"
+#include "tests/ui/support/qml_warnings.h"
 #include "tests/ui/support/screen_driver.h"
 #include "ui/desktop/application_start_up.h"
 #include "ui/desktop/main_window_desktop.h"
@@ -43,20 +44,6 @@ namespace {
 const QString kShop = QStringLiteral("shop1");
 const QString kSupportPhone = QStringLiteral("+7 800 555-01-02");
 const QString kSupportEmail = QStringLiteral("help@zelmar.test");
-
-// What the screens printed that a person would never see: QML's own complaints.
-QStringList qmlWarnings;
-QtMessageHandler previousHandler = nullptr;
-
-void RecordQmlWarnings(QtMsgType type, const QMessageLogContext& context, const QString& message)
-{
-    if (message.startsWith(QLatin1String("QML:")) || message.contains(QLatin1String("qrc:/ui_kit"))) {
-        qmlWarnings << message;
-    }
-    if (previousHandler != nullptr) {
-        previousHandler(type, context, message);
-    }
-}
 
 bool SignInStored()
 {
@@ -114,7 +101,7 @@ private:
 private slots:
     void initTestCase()
     {
-        previousHandler = qInstallMessageHandler(RecordQmlWarnings);
+        Tests::QmlWarnings::StartRecording();
         UI::Desktop::ApplicationStartUp::ConfigureApplication();
         QVERIFY(content.isValid());
         QString error;
@@ -141,7 +128,7 @@ private slots:
         dataDirectory = std::make_unique<Tests::TestDataDirectory>();
         QVERIFY(dataDirectory->IsValid());
         darkThemeBefore = UI::UiKit::GetInstance().IsDarkTheme();
-        qmlWarnings.clear();
+        Tests::QmlWarnings::Take();
     }
 
     void cleanup()
@@ -152,7 +139,8 @@ private slots:
         ShopSession::ForgetSession();
         UI::UiKit::GetInstance().SetDarkTheme(darkThemeBefore);
         dataDirectory.reset();
-        QVERIFY2(qmlWarnings.isEmpty(), qPrintable(qmlWarnings.join(QLatin1Char('\n'))));
+        const QStringList warnings = Tests::QmlWarnings::Take();
+        QVERIFY2(warnings.isEmpty(), qPrintable(warnings.join(QLatin1Char('\n'))));
     }
 
     // Nobody at the keyboard after a power cut: the frame opens straight away and

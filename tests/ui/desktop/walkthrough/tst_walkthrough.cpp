@@ -7,6 +7,7 @@
 #include "tests/core/user_environment/shop_session.h"
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_timeouts.h"
+#include "tests/ui/support/qml_warnings.h"
 #include "tests/ui/support/screen_driver.h"
 #include "ui/desktop/application_start_up.h"
 #include "ui/desktop/main_window_desktop.h"
@@ -53,6 +54,7 @@ private:
 
 void TestWalkthrough::initTestCase()
 {
+    Tests::QmlWarnings::StartRecording();
     QCoreApplication::setApplicationVersion(QStringLiteral("3.13"));
     QVERIFY(mContent.isValid());
     QString error;
@@ -72,6 +74,8 @@ void TestWalkthrough::cleanup()
     mWindow.reset();
     ShopSession::ForgetSession();
     mData.reset();
+    const QStringList warnings = Tests::QmlWarnings::Take();
+    QVERIFY2(warnings.isEmpty(), qPrintable(warnings.join(QLatin1Char('\n'))));
 }
 
 void TestWalkthrough::ExpectNamedControls(const Tests::ScreenDriver& driver)
