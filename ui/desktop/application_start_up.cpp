@@ -32,6 +32,9 @@ MainWindowDesktop* ApplicationStartUp::CreateMainWindow()
     auto* window = new MainWindowDesktop(nullptr);
     window->setMinimumSize(MainWindowDesktop::MinimumWidth, MainWindowDesktop::MinimumHeight);
     window->show();
+    // A shop that asked for it finds the program in the tray after a start, with
+    // the music playing.
+    window->MinimizeToTrayIfNeeded();
     return window;
 }
 

@@ -19,7 +19,7 @@ public:
     // plugin folder, before the media backend starts libvlc.
     static void ConfigureApplication();
     // The theme first, since every screen binds to it, then the window at no less
-    // than its minimum size, shown.
+    // than its minimum size, shown, or in the tray when the settings ask for that.
     static MainWindowDesktop* CreateMainWindow();
 
     static constexpr const char* Version = "3.13";

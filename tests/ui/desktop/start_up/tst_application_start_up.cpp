@@ -178,14 +178,15 @@ void TestApplicationStartUp::trayHidesAndRestoresTheWindow()
 
 void TestApplicationStartUp::minimisesToTrayOnStartWhenAsked()
 {
-    std::unique_ptr<UI::Desktop::MainWindowDesktop> window(
-        UI::Desktop::ApplicationStartUp::CreateMainWindow());
     Core::Settings::SetMinimizeToTrayOnAppStart(false);
-    window->MinimizeToTrayIfNeeded();
-    QVERIFY(window->isVisible());
+    std::unique_ptr<UI::Desktop::MainWindowDesktop> shown(
+        UI::Desktop::ApplicationStartUp::CreateMainWindow());
+    QVERIFY(shown->isVisible());
+    shown.reset();
 
     Core::Settings::SetMinimizeToTrayOnAppStart(true);
-    window->MinimizeToTrayIfNeeded();
+    std::unique_ptr<UI::Desktop::MainWindowDesktop> window(
+        UI::Desktop::ApplicationStartUp::CreateMainWindow());
     QTRY_VERIFY_WITH_TIMEOUT(!window->isVisible(), Tests::Timeouts::Quick);
     QCOMPARE(window->ToggleAction()->text(), QStringLiteral("Развернуть"));
 }
