@@ -38,6 +38,8 @@ void AbstractContentBlock::SetVolume(int) {}
 
 void AbstractContentBlock::RefreshPhoto() {}
 
+void AbstractContentBlock::ApplySettings() {}
+
 void AbstractContentBlock::NotifyObserverPlayingTrackStarted(const DataTypes::Playback::Track& track,
                                                              bool resumed)
 {

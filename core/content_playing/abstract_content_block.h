@@ -47,6 +47,9 @@ public:
     virtual void SetMuted(bool muted) = 0;
     virtual bool CurrentTrackIsVideo() const = 0;
     virtual void RefreshPhoto();
+    // Takes the sound settings (equaliser, amplifier, output device, crossfade) for
+    // what is playing now; without it they reach the next track only.
+    virtual void ApplySettings();
     virtual void PlayTrack(long trackId) = 0;
     virtual void RefreshTrackLikeStatusById(long trackId, DataTypes::Playback::LikeStatus status) = 0;
 

@@ -14,4 +14,10 @@ DataTypes::Playback::ContentType MusicBlock::GetContentType() const
     return DataTypes::Playback::ContentType::Music;
 }
 
+void MusicBlock::ApplySettings()
+{
+    TrackListBlock::ApplySettings();
+    Player().SetCrossfade(Settings::GetUseCrossfade());
+}
+
 } // namespace Core::ContentPlaying

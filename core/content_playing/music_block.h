@@ -4,14 +4,15 @@
 
 namespace Core::ContentPlaying {
 
-// The period's music: looping, with crossfades when the settings ask for them at
-// the time the block is built.
+// The period's music: looping, with crossfades when the settings ask for them (read
+// when the block is built and again whenever the settings are applied to it).
 class MusicBlock : public TrackListBlock
 {
 public:
     MusicBlock(const std::vector<DataTypes::Playback::Track>& tracks, int volume);
 
     DataTypes::Playback::ContentType GetContentType() const override;
+    void ApplySettings() override;
 };
 
 } // namespace Core::ContentPlaying

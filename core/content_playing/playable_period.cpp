@@ -272,6 +272,16 @@ void PlayablePeriod::RefreshPhoto()
     }
 }
 
+void PlayablePeriod::ApplySettings()
+{
+    for (const auto& [type, block] : blocks) {
+        block->ApplySettings();
+    }
+    if (currentAdBlock) {
+        currentAdBlock->ApplySettings();
+    }
+}
+
 void PlayablePeriod::RefreshTrackLikeStatus(ContentType type, long trackId, LikeStatus status)
 {
     if (const auto block = GetBlock(type)) {

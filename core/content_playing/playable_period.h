@@ -70,6 +70,8 @@ public:
     void SetProgress(DataTypes::Playback::ContentType type, double progress);
     void PlayTrack(DataTypes::Playback::ContentType type, long index);
     void RefreshPhoto();
+    // The sound settings for every block playing in this period, ads included.
+    void ApplySettings();
     void RefreshTrackLikeStatus(DataTypes::Playback::ContentType type, long trackId,
                                 DataTypes::Playback::LikeStatus status);
     std::vector<DataTypes::Playback::Track> GetTracks(DataTypes::Playback::ContentType type) const;

@@ -281,6 +281,13 @@ void Player::RefreshPhoto()
     }
 }
 
+void Player::ApplySettings()
+{
+    if (currentPeriod) {
+        currentPeriod->ApplySettings();
+    }
+}
+
 void Player::RefreshTrackLikeStatus(ContentType type, int trackId, LikeStatus status)
 {
     // The stored copy too, so that the next rebuild keeps what the user chose.

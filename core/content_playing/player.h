@@ -58,6 +58,9 @@ public:
     void SetProgress(DataTypes::Playback::ContentType type, double progress);
     void PlayTrack(DataTypes::Playback::ContentType type, long index);
     void RefreshPhoto();
+    // The settings screen changed the sound settings: the tracks playing now take
+    // them at once instead of from their next track.
+    void ApplySettings();
     void RefreshTrackLikeStatus(DataTypes::Playback::ContentType type, int trackId,
                                 DataTypes::Playback::LikeStatus status);
     std::vector<DataTypes::Playback::Track> GetCurrentTracks(DataTypes::Playback::ContentType type) const;

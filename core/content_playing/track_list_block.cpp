@@ -113,6 +113,11 @@ void TrackListBlock::RefreshTrackLikeStatusById(long trackId, LikeStatus status)
     player.RefreshTrackLikeStatusById(trackId, status);
 }
 
+void TrackListBlock::ApplySettings()
+{
+    player.ApplyAudioSettings();
+}
+
 void TrackListBlock::TrackListPlayerDidStartPlayingTrack(const Track& track, bool resumed)
 {
     NotifyObserverPlayingTrackStarted(track, resumed);

@@ -36,6 +36,7 @@ public:
     bool CurrentTrackIsVideo() const override;
     void PlayTrack(long trackId) override;
     void RefreshTrackLikeStatusById(long trackId, DataTypes::Playback::LikeStatus status) override;
+    void ApplySettings() override;
 
     void TrackListPlayerDidStartPlayingTrack(const DataTypes::Playback::Track& track, bool resumed) override;
     void TrackListPlayerDidChangeProgress(double durationSeconds, double progress) override;

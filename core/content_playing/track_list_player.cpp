@@ -558,6 +558,21 @@ void TrackListPlayer::SetVolume(int newVolume)
     }
 }
 
+void TrackListPlayer::ApplyAudioSettings()
+{
+    for (VlcWrapper* player : {mainPlayer, crossfadePlayer}) {
+        if (player != nullptr) {
+            Settings::SetAudioOutputToPlayer(player);
+            ApplyEqualizer(player);
+        }
+    }
+}
+
+void TrackListPlayer::SetCrossfade(bool enabled)
+{
+    crossfade = enabled;
+}
+
 void TrackListPlayer::SetMuted(bool mute)
 {
     muted = mute;

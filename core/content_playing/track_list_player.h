@@ -66,6 +66,12 @@ public:
     bool CurrentTrackIsVideo() const;
     bool DownloadedTrackExist() const;
     void RefreshTrackLikeStatusById(long id, DataTypes::Playback::LikeStatus status);
+    // The stored output device and equaliser for the tracks playing now (both
+    // players of a crossfade); every track takes them on its start anyway.
+    void ApplyAudioSettings();
+    // Whether the next track fades in over this one. A crossfade already under way
+    // runs to its end.
+    void SetCrossfade(bool enabled);
     int CalculatePlayerVolume() const;
     // The first index from `from` on (wrapping) whose file is downloaded, -1 for none.
     int FindNextIndex(int from) const;
