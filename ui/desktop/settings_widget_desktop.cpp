@@ -96,6 +96,7 @@ SettingsWidgetDesktop::SettingsWidgetDesktop(QWidget* parent)
             return;
         }
         self->mEnvironment = environment;
+        self->SetPropertyOfRoot("canCheck", true);
         // Changes made before the environment was found reach it now.
         if (self->mSoundPending) {
             self->ApplySoundToPlayer();

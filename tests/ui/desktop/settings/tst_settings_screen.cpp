@@ -435,6 +435,28 @@ private slots:
                  "no crossfade was heard");
     }
 
+    // "Проверить сейчас" says what came of the check: nothing new, then the new
+    // schedule the server has since been given.
+    void checkNowSaysWhatCame()
+    {
+        OpenWhilePlaying({1});
+        // Offered once the screen knows whom to ask.
+        QTRY_VERIFY_WITH_TIMEOUT(driver->Property("checkNowButton", "enabled").toBool(),
+                                 Tests::Timeouts::Quick);
+        QVERIFY(driver->Click("checkNowButton"));
+        QTRY_VERIFY_WITH_TIMEOUT(driver->Property("checkResultText", "text")
+                                     .toString()
+                                     .startsWith(QStringLiteral("Новое расписание не получено")),
+                                 Tests::Timeouts::Process);
+        QVERIFY(service->BumpConfigurationVersion(kShop) > 0);
+        QVERIFY(driver->Click("checkNowButton"));
+        QTRY_VERIFY_WITH_TIMEOUT(driver->Property("checkResultText", "text")
+                                     .toString()
+                                     .startsWith(QStringLiteral("Получено новое расписание")),
+                                 Tests::Timeouts::Process);
+        QVERIFY(!driver->Property("checkNowButton", "busy").toBool());
+    }
+
     // Support asks for the log: the line just written is at the bottom, the search
     // finds it, a re-read shows what came since, and Escape goes back.
     void theLogShowsSearchesAndRereads()

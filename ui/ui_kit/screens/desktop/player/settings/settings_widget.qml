@@ -48,6 +48,8 @@ Rectangle {
     property var updateIntervals: []
     property int updateIntervalIndex: -1
     property bool checking: false
+    // Signed in: there is a server to ask.
+    property bool canCheck: false
     property string checkMessage: ""
     property bool checkFailed: false
 
@@ -352,6 +354,7 @@ Rectangle {
                         x: UiKit.SpacingSmall
                         variant: "secondary"
                         text: "Проверить сейчас"
+                        enabled: settings.canCheck
                         busy: settings.checking
                     }
                     ZBodyText {
