@@ -29,6 +29,9 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QGuiApplication>
+#include <QQuickItem>
+#include <QQuickWidget>
+#include <QQuickWindow>
 #include <QRegularExpression>
 #include <QScreen>
 #include <QSignalSpy>
@@ -349,6 +352,42 @@ private slots:
         }
         // The page reads everything back after a change: nothing else moved.
         QVERIFY2(driver->UnnamedControls().isEmpty(), qPrintable(driver->UnnamedControls().join('\n')));
+    }
+
+    // Tab walks the page in reading order down to its last control, and the page
+    // scrolls along so the focused control is in view.
+    void tabReachesTheLogButtonInView()
+    {
+        OpenSignedOut();
+        window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(window.get()));
+        auto* page = qobject_cast<QQuickWidget*>(driver->CurrentScreen());
+        QVERIFY(page);
+        page->setFocus();
+        QStringList order;
+        for (int press = 0; press < 60 && !order.contains(QStringLiteral("logButton")); ++press) {
+            driver->PressKey(Qt::Key_Tab);
+            QQuickItem* focused = page->quickWindow()->activeFocusItem();
+            if (focused != nullptr && !focused->objectName().isEmpty() &&
+                !order.contains(focused->objectName())) {
+                order << focused->objectName();
+            }
+        }
+        // The groups' controls in the order a person reads them (those not offered
+        // yet, such as the bands with the equaliser off, are passed over).
+        const QStringList reading = {"audioOutputComboBox", "testSoundButton",
+                                     "equalizerSwitch",     "crossfadeSwitch",
+                                     "shuffleMusicSwitch",  "photoDurationSlider",
+                                     "autorunSwitch",       "updateIntervalComboBox",
+                                     "darkThemeSwitch",     "logButton"};
+        QStringList seen = order;
+        seen.erase(std::remove_if(seen.begin(), seen.end(),
+                                  [&](const QString& name) { return !reading.contains(name); }),
+                   seen.end());
+        QCOMPARE(seen, reading);
+        auto* logButton = qobject_cast<QQuickItem*>(driver->Item("logButton"));
+        const QPointF inPage = logButton->mapToItem(page->rootObject(), QPointF(0, logButton->height()));
+        QVERIFY2(inPage.y() <= page->rootObject()->height(), qPrintable(QString::number(inPage.y())));
     }
 
     // Cutting the bands around the tone on air lowers it at once, not from the

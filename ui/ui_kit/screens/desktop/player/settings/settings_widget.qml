@@ -1,5 +1,6 @@
 import QtQuick 2.15
 import QtQuick.Controls 2.15
+import QtQuick.Window 2.15
 import "../../components"
 
 // The settings page: one card per group, scrolled as a whole. Every control shows
@@ -59,7 +60,21 @@ Rectangle {
         return (value > 0 ? "+" : "") + value.toFixed(1).replace(".", ",") + " дБ"
     }
 
+    // Tab moves through the page in reading order; the page follows it so the
+    // control with the focus is always in view.
+    function ensureVisible(item) {
+        if (!item || !content.contains(content.mapFromItem(item, 0, 0)))
+            return
+        var top = item.mapToItem(content, 0, 0).y + content.y
+        var bottom = top + item.height
+        if (top - UiKit.SpacingLarge < page.contentY)
+            page.contentY = Math.max(0, top - UiKit.SpacingLarge)
+        else if (bottom + UiKit.SpacingLarge > page.contentY + page.height)
+            page.contentY = Math.min(page.contentHeight - page.height, bottom + UiKit.SpacingLarge - page.height)
+    }
+
     color: UiKit.ScreenBackgroundColor
+    Window.onActiveFocusItemChanged: ensureVisible(Window.activeFocusItem)
 
     Flickable {
         id: page
