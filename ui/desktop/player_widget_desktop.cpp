@@ -2,10 +2,14 @@
 
 #include "core/content_playing/player.h"
 #include "core/user_environment.h"
+#include "ui/desktop/ads_list_widget_desktop.h"
 #include "ui/desktop/backdrop_image_provider.h"
 #include "ui/desktop/base_widget_desktop.h"
 #include "ui/desktop/main_window_desktop.h"
+#include "ui/desktop/music_track_list_widget_desktop.h"
 #include "ui/desktop/nonskippable_dialog_widget_desktop.h"
+#include "ui/desktop/now_playing_widget_desktop.h"
+#include "ui/desktop/schedule_widget_desktop.h"
 #include "ui/desktop/section_placeholder_widget_desktop.h"
 #include "ui/desktop/side_bar_widget_desktop.h"
 #include "ui/desktop/skippable_dialog_widget_desktop.h"
@@ -171,7 +175,47 @@ void PlayerWidgetDesktop::PlaybackConfigurationUpdated(bool, const std::string&)
 
 void PlayerWidgetDesktop::OpenPlayerSection()
 {
-    OpenSection(SideBarWidgetDesktop::PlayerSection, QStringLiteral("Плеер"));
+    const QString name = QString::fromLatin1(SideBarWidgetDesktop::PlayerSection);
+    if (name == mCurrentSection && qobject_cast<NowPlayingWidgetDesktop*>(mInnerStack->currentWidget())) {
+        return;
+    }
+    mCurrentSection.clear();
+    ShowInSection(SideBarWidgetDesktop::PlayerSection, [this]() {
+        auto* nowPlaying = new NowPlayingWidgetDesktop(mInnerStack);
+        connect(nowPlaying, &NowPlayingWidgetDesktop::ScheduleRequested, this,
+                &PlayerWidgetDesktop::OpenScheduleWidget);
+        connect(nowPlaying, &NowPlayingWidgetDesktop::AdsRequested, this,
+                [this]() { OpenNowPlayingList(new AdsListWidgetDesktop(mInnerStack)); });
+        connect(nowPlaying, &NowPlayingWidgetDesktop::TracksRequested, this,
+                [this]() { OpenNowPlayingList(new MusicTrackListWidgetDesktop(mInnerStack)); });
+        return nowPlaying;
+    });
+}
+
+void PlayerWidgetDesktop::OpenScheduleWidget()
+{
+    QPointer<PlayerWidgetDesktop> self(this);
+    auto show = [self](std::vector<Core::DataTypes::Playback::UserFacingSchedule> schedules) {
+        if (self) {
+            self->OpenNowPlayingList(new ScheduleWidgetDesktop(schedules, self->mInnerStack));
+        }
+    };
+    // The current environment, even before the frame has attached to it.
+    UserEnvironment::GetSignedInEnvironment([show](std::shared_ptr<UserEnvironment> environment) {
+        if (!environment) {
+            return;
+        }
+        // Nothing stored yet: the schedule screen says so itself.
+        environment->UserFacingSchedules(show, [show](std::shared_ptr<Core::DataTypes::Error>) { show({}); });
+    });
+}
+
+void PlayerWidgetDesktop::OpenNowPlayingList(BaseWidgetDesktop* list)
+{
+    // Each list asks to close with the same signal; it leads back to now playing.
+    connect(list, SIGNAL(Close()), this, SLOT(OpenPlayerSection()));
+    mCurrentSection.clear();
+    ShowInSection(SideBarWidgetDesktop::PlayerSection, [list]() { return list; });
 }
 
 void PlayerWidgetDesktop::OpenMusicSection()
@@ -206,6 +250,12 @@ void PlayerWidgetDesktop::OpenSettingsSection()
 
 void PlayerWidgetDesktop::OpenSection(const char* section, const QString& title)
 {
+    ShowInSection(section,
+                  [this, title]() { return new SectionPlaceholderWidgetDesktop(title, mInnerStack); });
+}
+
+void PlayerWidgetDesktop::ShowInSection(const char* section, const std::function<BaseWidgetDesktop*()>& make)
+{
     const QString name = QString::fromLatin1(section);
     if (name == mCurrentSection && mInnerStack->count() > 0) {
         return;
@@ -213,7 +263,7 @@ void PlayerWidgetDesktop::OpenSection(const char* section, const QString& title)
     mCurrentSection = name;
     mSideBar->SetCurrentSection(name);
     ShowBlackout(false);
-    auto* opened = new SectionPlaceholderWidgetDesktop(title, mInnerStack);
+    BaseWidgetDesktop* opened = make();
     opened->SetBlackoutHandler([this](bool shown) { ShowBlackout(shown); });
     mInnerStack->addWidget(opened);
     mInnerStack->setCurrentWidget(opened);

@@ -7,6 +7,7 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <functional>
 #include <memory>
 
 class QStackedWidget;
@@ -74,6 +75,11 @@ private:
     void StartPlaying();
     void FollowPlayer();
     void OpenSection(const char* section, const QString& title);
+    // `make` creates the section's screen; a list opened from now playing stays under
+    // the "Плеер" section and closes back to it.
+    void ShowInSection(const char* section, const std::function<BaseWidgetDesktop*()>& make);
+    void OpenNowPlayingList(BaseWidgetDesktop* list);
+    void OpenScheduleWidget();
     void ShowBlackout(bool shown);
     void SignOut();
     void PushAccountError(const QString& header, const QString& text, bool contacts);

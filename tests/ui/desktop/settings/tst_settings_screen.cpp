@@ -11,6 +11,7 @@
 #include "tests/core/content_playing/tone_timeline.h"
 #include "tests/core/content_playing/two_sink_listener.h"
 #include "tests/core/user_environment/shop_session.h"
+#include "tests/support/event_log.h"
 #include "tests/support/pcm_analysis.h"
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_media.h"
@@ -472,6 +473,27 @@ private slots:
                      },
                      Tests::Timeouts::Playback),
                  "no crossfade was heard");
+    }
+
+    // A shuffle change draws the order anew once the track on air has ended, rather
+    // than cutting it or waiting for the next period.
+    void shuffleChangeRebuildsAfterTheTrackOnAir()
+    {
+        OpenWhilePlaying({1, 2});
+        const QString deferred =
+            QStringLiteral("Перезапуск воспроизведения отложен до окончания текущего трека");
+        QCOMPARE(Tests::EventLog::Count(deferred), 0);
+        // Only a track actually on air is let finish; until its file has arrived the
+        // order is drawn anew at once.
+        const auto player = environment->GetContentPlayer();
+        QTRY_VERIFY_WITH_TIMEOUT(player->CurrentState().contentPlayingStates[ContentType::Music].progress > 0,
+                                 Tests::Timeouts::Process);
+        QTRY_VERIFY_WITH_TIMEOUT(driver->Property("checkNowButton", "enabled").toBool(),
+                                 Tests::Timeouts::Quick);
+        QVERIFY(driver->Click("shuffleMusicSwitch"));
+        QCOMPARE(Settings::GetShuffle(ContentType::Music), false);
+        QTRY_COMPARE_WITH_TIMEOUT(Tests::EventLog::Count(deferred), 1, Tests::Timeouts::Quick);
+        QVERIFY(player->CurrentState().playingNow);
     }
 
     // "Проверить сейчас" says what came of the check: nothing new, then the new

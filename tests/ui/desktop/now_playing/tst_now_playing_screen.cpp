@@ -1,0 +1,240 @@
+// Now playing in the player frame, against the reference service and the test sink:
+// what it says about the period and the track, the controls heard on the sink, a
+// like reaching the service, the advertising band, the lists it opens, and what it
+// says when no period plays.
+
+#include "core/content_playing/player.h"
+#include "core/settings.h"
+#include "core/user_environment.h"
+#include "core/utilities/local_time_helper.h"
+#include "tests/core/content_playing/test_periods.h"
+#include "tests/core/content_playing/tone_timeline.h"
+#include "tests/core/content_playing/two_sink_listener.h"
+#include "tests/core/user_environment/shop_session.h"
+#include "tests/support/test_data_directory.h"
+#include "tests/support/test_media.h"
+#include "tests/support/test_timeouts.h"
+#include "tests/ui/support/qml_warnings.h"
+#include "tests/ui/support/screen_driver.h"
+#include "ui/desktop/application_start_up.h"
+#include "ui/desktop/main_window_desktop.h"
+
+#include <QApplication>
+#include <QJsonArray>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+using Core::DataTypes::Playback::ContentType;
+using Tests::ShopSession;
+
+class TestNowPlayingScreen : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void showsThePeriodAndTheTrack();
+    void controlsChangeWhatIsHeard();
+    void aLikeReachesTheService();
+    void theAdBandShowsWhileAnAdPlays();
+    void listsOpenAndCloseBack_data();
+    void listsOpenAndCloseBack();
+    void saysWhenTheNextPeriodBegins();
+
+private:
+    // Signed in with `week` stored, `now` on the clock, and the window open as after
+    // a restart; true once the frame's player plays.
+    void Open(const QJsonObject& week, const QTime& now);
+    QString Text(const QString& item) const;
+    bool Hear(int frequency);
+
+    QTemporaryDir mContent;
+    std::unique_ptr<Tests::ReferenceService> mService;
+    std::unique_ptr<Tests::TestDataDirectory> mData;
+    std::unique_ptr<Tests::TwoSinkListener> mListener;
+    std::unique_ptr<UI::Desktop::MainWindowDesktop> mWindow;
+    std::unique_ptr<Tests::ScreenDriver> mDriver;
+};
+
+namespace {
+
+QJsonObject Day(const QJsonArray& ads = QJsonArray())
+{
+    return ShopSession::Schedule({ShopSession::Period(QStringLiteral("День"), "09:00", "13:00", 11)},
+                                 {ShopSession::MusicPlaylist(11, QStringLiteral("Музыка"), {1, 2})}, ads);
+}
+
+} // namespace
+
+void TestNowPlayingScreen::initTestCase()
+{
+    Tests::QmlWarnings::StartRecording();
+    QVERIFY(mContent.isValid());
+    QString error;
+    mService = ShopSession::StartedServing(
+        mContent.path(), {"music/music_a.mp3", "music/music_b.mp3", "clip/ad_short.mp3"}, &error);
+    QVERIFY2(mService, qPrintable(error));
+}
+
+void TestNowPlayingScreen::init()
+{
+    QVERIFY(mService->Reset());
+    QVERIFY(mService->SetToday(
+        QDate::fromString(QString::fromStdString(Tests::TestPeriods::Today()), "dd.MM.yyyy")));
+    mData = std::make_unique<Tests::TestDataDirectory>();
+    QVERIFY(mData->IsValid());
+    Core::Settings::SetShuffle(ContentType::Music, false);
+    mListener = std::make_unique<Tests::TwoSinkListener>();
+    QVERIFY2(mListener->Start(), qPrintable(mListener->ErrorString()));
+}
+
+void TestNowPlayingScreen::cleanup()
+{
+    mDriver.reset();
+    mWindow.reset();
+    mListener.reset();
+    ShopSession::ForgetSession();
+    mData.reset();
+    const QStringList warnings = Tests::QmlWarnings::Take();
+    QVERIFY2(warnings.isEmpty(), qPrintable(warnings.join(QLatin1Char('\n'))));
+}
+
+void TestNowPlayingScreen::Open(const QJsonObject& week, const QTime& now)
+{
+    QVERIFY(mService->ReplaceConfiguration(QStringLiteral("shop1"), week) > 0);
+    Tests::TestPeriods::SetNow(now);
+    QString error;
+    auto earlier = ShopSession::SignedIn(ShopSession::ServerOf(*mService), ShopSession::Shop(), &error);
+    QVERIFY2(earlier, qPrintable(error));
+    QVERIFY2(ShopSession::LoadSchedule(*earlier, &error), qPrintable(error));
+    earlier.reset();
+    Core::UserEnvironment::ForgetProcessStateForTesting();
+    mWindow.reset(UI::Desktop::ApplicationStartUp::CreateMainWindow());
+    mDriver = std::make_unique<Tests::ScreenDriver>(mWindow.get());
+    QTRY_VERIFY_WITH_TIMEOUT(
+        mDriver->DocumentShown(QStringLiteral("player/now_playing/now_playing_widget.qml")),
+        Tests::Timeouts::Quick);
+}
+
+QString TestNowPlayingScreen::Text(const QString& item) const
+{
+    return mDriver->Property(item, "text").toString();
+}
+
+bool TestNowPlayingScreen::Hear(int frequency)
+{
+    return mListener->WaitForToneLevel(
+        frequency, [](double level) { return level > Tests::ToneTimeline::Heard; }, 0.3,
+        Tests::Timeouts::Playback);
+}
+
+void TestNowPlayingScreen::showsThePeriodAndTheTrack()
+{
+    Open(Day(), QTime(10, 0));
+    QVERIFY(Hear(Tests::TestMedia::MusicAFrequency));
+    QTRY_COMPARE_WITH_TIMEOUT(Text("periodText"), QStringLiteral("День · 09:00 – 13:00"),
+                              Tests::Timeouts::Quick);
+    QCOMPARE(Text("objectText"), QString::fromStdString(ShopSession::Shop().name));
+    QTRY_COMPARE_WITH_TIMEOUT(
+        Text("clockText"),
+        QString::fromStdString(Core::Utilities::LocalTimeHelper::GetLocalTimeHoursMinutesString()),
+        Tests::Timeouts::Quick);
+    QTRY_VERIFY_WITH_TIMEOUT(!Text("trackTitleText").isEmpty(), Tests::Timeouts::Quick);
+    QVERIFY(mDriver->Property("nowPlayingScreen", "playing").toBool());
+    QVERIFY(!mDriver->Property("adBand", "visible").toBool());
+    const QStringList unnamed = mDriver->UnnamedControls();
+    QVERIFY2(unnamed.isEmpty(), qPrintable(unnamed.join(QLatin1Char('\n'))));
+}
+
+void TestNowPlayingScreen::controlsChangeWhatIsHeard()
+{
+    Open(Day(), QTime(10, 0));
+    QVERIFY(Hear(Tests::TestMedia::MusicAFrequency));
+    QTRY_VERIFY_WITH_TIMEOUT(!Text("trackTitleText").isEmpty(), Tests::Timeouts::Quick);
+    const QString first = Text("trackTitleText");
+
+    QVERIFY(mDriver->Click("nextButton"));
+    QVERIFY(Hear(Tests::TestMedia::MusicBFrequency));
+    QTRY_VERIFY_WITH_TIMEOUT(Text("trackTitleText") != first, Tests::Timeouts::Quick);
+
+    QVERIFY(mDriver->Click("previousButton"));
+    QVERIFY(Hear(Tests::TestMedia::MusicAFrequency));
+    QTRY_COMPARE_WITH_TIMEOUT(Text("trackTitleText"), first, Tests::Timeouts::Quick);
+
+    QVERIFY(mDriver->Click("playPauseButton"));
+    QTRY_VERIFY_WITH_TIMEOUT(!mDriver->Property("nowPlayingScreen", "playing").toBool(),
+                             Tests::Timeouts::Quick);
+}
+
+void TestNowPlayingScreen::aLikeReachesTheService()
+{
+    Open(Day(), QTime(10, 0));
+    QVERIFY(Hear(Tests::TestMedia::MusicAFrequency));
+    QTRY_VERIFY_WITH_TIMEOUT(!Text("trackTitleText").isEmpty(), Tests::Timeouts::Quick);
+    QVERIFY(!mDriver->Property("likeButton", "checked").toBool());
+
+    QVERIFY(mDriver->Click("likeButton"));
+    QTRY_VERIFY_WITH_TIMEOUT(mDriver->Property("likeButton", "checked").toBool(), Tests::Timeouts::Process);
+    const QJsonArray likes = mService->Received(QStringLiteral("likes"));
+    QCOMPARE(likes.size(), 1);
+}
+
+void TestNowPlayingScreen::theAdBandShowsWhileAnAdPlays()
+{
+    Open(Day({ShopSession::AdBlock(QStringLiteral("10:15"))}), QTime(10, 14, 57));
+    QTRY_VERIFY_WITH_TIMEOUT(!Text("nextAdText").isEmpty(), Tests::Timeouts::Quick);
+    QCOMPARE(Text("nextAdText"), QStringLiteral("Следующая реклама в 10:15"));
+    QVERIFY(Hear(Tests::TestMedia::AdFrequency));
+    QTRY_VERIFY_WITH_TIMEOUT(mDriver->Property("adBand", "visible").toBool(), Tests::Timeouts::Quick);
+    // After the block the music comes back and the band goes.
+    QVERIFY(Hear(Tests::TestMedia::MusicAFrequency));
+    QTRY_VERIFY_WITH_TIMEOUT(!mDriver->Property("adBand", "visible").toBool(), Tests::Timeouts::Quick);
+}
+
+void TestNowPlayingScreen::listsOpenAndCloseBack_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::addColumn<QString>("document");
+    QTest::newRow("schedule") << "scheduleButton"
+                              << "player/now_playing/schedule_widget.qml";
+    QTest::newRow("ads") << "adsButton"
+                         << "player/now_playing/ads_list_widget.qml";
+    QTest::newRow("tracks") << "tracksButton"
+                            << "player/now_playing/music_track_list_widget.qml";
+}
+
+void TestNowPlayingScreen::listsOpenAndCloseBack()
+{
+    QFETCH(QString, button);
+    QFETCH(QString, document);
+    Open(Day(), QTime(10, 0));
+    QVERIFY(mDriver->Click(button));
+    QTRY_VERIFY_WITH_TIMEOUT(mDriver->DocumentShown(document), Tests::Timeouts::Quick);
+    // Still the "Плеер" section.
+    QVERIFY(mDriver->Property("playerButton", "selected").toBool());
+    QVERIFY(mDriver->Click("backButton"));
+    QTRY_VERIFY_WITH_TIMEOUT(
+        mDriver->DocumentShown(QStringLiteral("player/now_playing/now_playing_widget.qml")),
+        Tests::Timeouts::Quick);
+}
+
+void TestNowPlayingScreen::saysWhenTheNextPeriodBegins()
+{
+    const QJsonObject week =
+        ShopSession::Schedule({ShopSession::Period(QStringLiteral("Утро"), "09:00", "13:00", 11),
+                               ShopSession::Period(QStringLiteral("Вечер"), "15:00", "20:00", 11)},
+                              {ShopSession::MusicPlaylist(11, QStringLiteral("Музыка"), {1})});
+    Open(week, QTime(14, 0));
+    QTRY_COMPARE_WITH_TIMEOUT(
+        Text("stateText"), QStringLiteral("Сейчас нет периода воспроизведения. Следующий начнётся в 15:00"),
+        Tests::Timeouts::Process);
+    QVERIFY(mDriver->Property("stateText", "visible").toBool());
+    QCOMPARE(Text("periodText"), QStringLiteral("Период не идёт"));
+}
+
+QTEST_MAIN(TestNowPlayingScreen)
+#include "tst_now_playing_screen.moc"

@@ -1,0 +1,312 @@
+#include "ui/desktop/now_playing_widget_desktop.h"
+
+#include "core/content_playing/player.h"
+#include "core/networking/like_action.h"
+#include "core/user_environment.h"
+#include "core/utilities/local_time_helper.h"
+#include "ui/list_models/ad_blocks_list_model.h"
+
+#include <QPointer>
+#include <QTimer>
+
+namespace UI::Desktop {
+
+using Core::ContentPlaying::Player;
+using Core::DataTypes::Playback::ContentType;
+using Core::DataTypes::Playback::LikeStatus;
+using Core::Utilities::LocalTimeHelper;
+
+namespace {
+
+const char* const Document = "qrc:/ui_kit/screens/desktop/player/now_playing/now_playing_widget.qml";
+
+QString Duration(double seconds)
+{
+    const int whole = seconds > 0 ? static_cast<int>(seconds + 0.5) : 0;
+    return QStringLiteral("%1:%2").arg(whole / 60).arg(whole % 60, 2, 10, QLatin1Char('0'));
+}
+
+} // namespace
+
+NowPlayingWidgetDesktop::NowPlayingWidgetDesktop(QWidget* parent)
+    : BaseWidgetDesktop(parent)
+    , mClock(new QTimer(this))
+{
+    SetSource(QUrl(QString::fromLatin1(Document)));
+    ConnectQmlChild(QStringLiteral("previousButton"), "clicked()", this, "OnPrevious()");
+    ConnectQmlChild(QStringLiteral("playPauseButton"), "clicked()", this, "OnPlayPause()");
+    ConnectQmlChild(QStringLiteral("nextButton"), "clicked()", this, "OnNext()");
+    ConnectQmlChild(QStringLiteral("likeButton"), "clicked()", this, "OnLike()");
+    ConnectQmlChild(QStringLiteral("dislikeButton"), "clicked()", this, "OnDislike()");
+    ConnectQmlChild(QStringLiteral("scheduleButton"), "clicked()", this, "ScheduleRequested()");
+    ConnectQmlChild(QStringLiteral("adsButton"), "clicked()", this, "AdsRequested()");
+    ConnectQmlChild(QStringLiteral("tracksButton"), "clicked()", this, "TracksRequested()");
+    ConnectQmlRoot("seekRequested(qreal)", this, "OnSeek(qreal)");
+
+    // The clock on screen is the one the schedule runs on; it also picks up the
+    // player once the configuration has given the environment one.
+    mClock->setInterval(1000);
+    connect(mClock, &QTimer::timeout, this, &NowPlayingWidgetDesktop::Tick);
+    mClock->start();
+    Tick();
+}
+
+NowPlayingWidgetDesktop::~NowPlayingWidgetDesktop()
+{
+    if (const auto player = mPlayer.lock()) {
+        player->RemoveObserver(this);
+    }
+    setSource(QUrl());
+}
+
+void NowPlayingWidgetDesktop::Tick()
+{
+    SetPropertyOfRoot("clockText", QString::fromStdString(LocalTimeHelper::GetLocalTimeHoursMinutesString()));
+    if (mPlayer.expired()) {
+        Attach();
+    } else {
+        ShowNextAd();
+    }
+}
+
+void NowPlayingWidgetDesktop::Attach()
+{
+    QPointer<NowPlayingWidgetDesktop> self(this);
+    Core::UserEnvironment::GetSignedInEnvironment([self](std::shared_ptr<Core::UserEnvironment> environment) {
+        if (!self || !environment || !self->mPlayer.expired()) {
+            return;
+        }
+        self->mEnvironment = environment;
+        self->SetPropertyOfRoot("objectText",
+                                QString::fromStdString(environment->CurrentPlaybackObject().name));
+        const auto player = environment->GetContentPlayer();
+        if (!player) {
+            return;
+        }
+        self->mPlayer = player;
+        player->AddObserver(self);
+        self->ShowPeriod();
+        self->ShowState(player->CurrentState());
+    });
+}
+
+void NowPlayingWidgetDesktop::ShowPeriod()
+{
+    const auto player = mPlayer.lock();
+    if (!player) {
+        return;
+    }
+    const QString name = QString::fromStdString(player->CurrentPeriodName());
+    const QString start = QString::fromStdString(player->CurrentPeriodStartTime());
+    const QString end = QString::fromStdString(player->CurrentPeriodEndTime());
+    SetPropertyOfRoot("periodText", name.isEmpty()
+                                        ? QString()
+                                        : name + QStringLiteral(" · ") + start + QStringLiteral(" – ") + end);
+    ShowNextAd();
+}
+
+void NowPlayingWidgetDesktop::ShowNextAd()
+{
+    const auto player = mPlayer.lock();
+    if (!player || player->CurrentPeriodName().empty()) {
+        SetPropertyOfRoot("nextAdText", QString());
+        return;
+    }
+    ListModels::AdBlocksListModel blocks;
+    blocks.SetBlocks(player->Configuration(), player->CurrentPeriodStartTime(),
+                     player->CurrentPeriodEndTime(), LocalTimeHelper::CurrentDateToString(),
+                     LocalTimeHelper::LocalTimeToSecondsFromDayStart(), nullptr);
+    QString next;
+    for (int row = 0; row < blocks.rowCount(); ++row) {
+        const QModelIndex index = blocks.index(row);
+        if (!index.data(ListModels::AdBlocksListModel::PlayedRole).toBool()) {
+            next = QStringLiteral("Следующая реклама в ") +
+                   index.data(ListModels::AdBlocksListModel::TimeRole).toString();
+            break;
+        }
+    }
+    SetPropertyOfRoot("nextAdText", next);
+}
+
+QString NowPlayingWidgetDesktop::NextPeriodStart() const
+{
+    const auto player = mPlayer.lock();
+    if (!player) {
+        return {};
+    }
+    const std::string today = LocalTimeHelper::CurrentDateToString();
+    const int now = LocalTimeHelper::LocalTimeToSecondsFromDayStart();
+    int best = -1;
+    QString text;
+    for (const auto& day : player->Configuration().days) {
+        if (day.date != today) {
+            continue;
+        }
+        for (const auto& period : day.periods) {
+            const int start = LocalTimeHelper::StartTimeToSecondsFromDayStart(period.startTime);
+            if (start > now && (best < 0 || start < best)) {
+                best = start;
+                text = QString::fromStdString(period.startTime);
+            }
+        }
+    }
+    return text;
+}
+
+void NowPlayingWidgetDesktop::ShowState(const Core::ContentPlaying::PlayerState& state)
+{
+    const auto music = state.contentPlayingStates.find(ContentType::Music);
+    const auto clip = state.contentPlayingStates.find(ContentType::Clip);
+    const auto downloads = state.downloadsInfo.find(ContentType::Music);
+
+    QString situation = QStringLiteral("playing");
+    QString message;
+    if (mSituation == Situation::Finished) {
+        situation = QStringLiteral("finished");
+        message = QStringLiteral("На сегодня расписание закончилось. Музыка начнётся завтра по расписанию.");
+    } else if (mSituation == Situation::NoPeriod) {
+        situation = QStringLiteral("noPeriod");
+        const QString next = NextPeriodStart();
+        message = next.isEmpty()
+                      ? QStringLiteral("Сейчас нет периода воспроизведения.")
+                      : QStringLiteral("Сейчас нет периода воспроизведения. Следующий начнётся в ") + next;
+    } else if (downloads != state.downloadsInfo.end() && downloads->second.waitingDownload) {
+        situation = QStringLiteral("waiting");
+        message = QStringLiteral("Загружаем файлы периода: %1 из %2")
+                      .arg(downloads->second.downloaded)
+                      .arg(downloads->second.total);
+    } else if (!state.playingNow) {
+        situation = QStringLiteral("stopped");
+        message = QStringLiteral("Воспроизведение остановлено.");
+    }
+    SetPropertyOfRoot("situation", situation);
+    SetPropertyOfRoot("stateText", message);
+    SetPropertyOfRoot("playing", state.playingNow);
+
+    if (music != state.contentPlayingStates.end()) {
+        const auto& track = music->second;
+        mTrackId = track.trackIdentifier;
+        SetPropertyOfRoot("trackTitle", QString::fromStdString(track.trackTitle));
+        SetPropertyOfRoot("trackArtist", QString::fromStdString(track.trackSubtitle));
+        SetPropertyOfRoot("playlistName", QString::fromStdString(track.playlistName));
+        SetPropertyOfRoot("coverSource", QString::fromStdString(track.playlistImage));
+        SetPropertyOfRoot("progress", track.progress);
+        SetPropertyOfRoot("elapsedText", Duration(track.progress * track.durationSeconds));
+        SetPropertyOfRoot("totalText", Duration(track.durationSeconds));
+    }
+    const bool adPlaying = clip != state.contentPlayingStates.end() && !clip->second.trackTitle.empty();
+    SetPropertyOfRoot("adText", adPlaying ? QStringLiteral("Реклама · ") +
+                                                QString::fromStdString(clip->second.trackTitle)
+                                          : QString());
+    int likeStatus = static_cast<int>(LikeStatus::None);
+    if (const auto player = mPlayer.lock()) {
+        for (const auto& track : player->GetCurrentTracks(ContentType::Music)) {
+            if (track.id == mTrackId) {
+                likeStatus = static_cast<int>(track.likeStatus);
+            }
+        }
+    }
+    SetPropertyOfRoot("likeStatus", likeStatus);
+
+    QString downloadsText;
+    qreal downloaded = 1;
+    if (downloads != state.downloadsInfo.end() && downloads->second.total > 0 &&
+        downloads->second.downloaded < downloads->second.total) {
+        downloadsText = QStringLiteral("Загружено %1 из %2 файлов")
+                            .arg(downloads->second.downloaded)
+                            .arg(downloads->second.total);
+        downloaded = static_cast<qreal>(downloads->second.downloaded) / downloads->second.total;
+    }
+    SetPropertyOfRoot("downloadsText", downloadsText);
+    SetPropertyOfRoot("downloadsProgress", downloaded);
+}
+
+void NowPlayingWidgetDesktop::PlayerDidChangeState(const Player&, Core::ContentPlaying::PlayerState state)
+{
+    ShowState(state);
+}
+
+void NowPlayingWidgetDesktop::PlayerDidChangePeriod(const Player& player,
+                                                    const Core::ContentPlaying::PlayablePeriod&)
+{
+    mSituation = Situation::Playing;
+    ShowPeriod();
+    ShowState(player.CurrentState());
+}
+
+void NowPlayingWidgetDesktop::PlayerDidFinishLastPeriod(const Player& player)
+{
+    mSituation = Situation::Finished;
+    SetPropertyOfRoot("periodText", QString());
+    ShowState(player.CurrentState());
+}
+
+void NowPlayingWidgetDesktop::PlayerCantFindCurrentPeriod(const Player& player)
+{
+    mSituation = Situation::NoPeriod;
+    SetPropertyOfRoot("periodText", QString());
+    ShowState(player.CurrentState());
+}
+
+void NowPlayingWidgetDesktop::OnPrevious()
+{
+    if (const auto player = mPlayer.lock()) {
+        player->GoToPreviousTrack(ContentType::Music);
+    }
+}
+
+void NowPlayingWidgetDesktop::OnPlayPause()
+{
+    if (const auto player = mPlayer.lock()) {
+        player->TogglePlayback();
+    }
+}
+
+void NowPlayingWidgetDesktop::OnNext()
+{
+    if (const auto player = mPlayer.lock()) {
+        player->GoToNextTrack(ContentType::Music);
+    }
+}
+
+void NowPlayingWidgetDesktop::OnSeek(qreal progress)
+{
+    if (const auto player = mPlayer.lock()) {
+        player->SetProgress(ContentType::Music, qBound<qreal>(0, progress, 1));
+    }
+}
+
+void NowPlayingWidgetDesktop::OnLike()
+{
+    SendLike(true);
+}
+
+void NowPlayingWidgetDesktop::OnDislike()
+{
+    SendLike(false);
+}
+
+void NowPlayingWidgetDesktop::SendLike(bool like)
+{
+    const auto environment = mEnvironment.lock();
+    if (!environment || mTrackId == 0) {
+        return;
+    }
+    QPointer<NowPlayingWidgetDesktop> self(this);
+    const std::int64_t trackId = mTrackId;
+    environment->SendLikeAction(
+        like ? Core::LikeAction::Like : Core::LikeAction::Dislike, static_cast<std::int32_t>(trackId),
+        [self, trackId](LikeStatus status) {
+            if (self && self->mTrackId == trackId) {
+                self->SetPropertyOfRoot("likeStatus", static_cast<int>(status));
+            }
+        },
+        [self](std::shared_ptr<Core::DataTypes::Error>) {
+            if (self) {
+                self->SetPropertyOfRoot("noticeText",
+                                        QStringLiteral("Не удалось отправить оценку: нет связи с сервером."));
+            }
+        });
+}
+
+} // namespace UI::Desktop

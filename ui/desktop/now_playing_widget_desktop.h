@@ -1,0 +1,78 @@
+#pragma once
+
+#include "core/content_playing/player_observer.h"
+#include "core/content_playing/player_state.h"
+#include "ui/desktop/base_widget_desktop.h"
+
+#include <memory>
+
+class QTimer;
+
+namespace Core {
+class UserEnvironment;
+}
+
+namespace Core::ContentPlaying {
+class Player;
+}
+
+namespace UI::Desktop {
+
+// The heart of the program for the shop owner: the period and its time, the local
+// clock and the point of sale; the music track with its cover, likes, progress and
+// controls; the advertising band while a block plays; the next block and the
+// downloads; and, instead of the track, what the player is waiting for when it is
+// not playing. It follows the player's state and asks the frame for the schedule,
+// the ads list and the track list.
+class NowPlayingWidgetDesktop : public BaseWidgetDesktop, public Core::ContentPlaying::PlayerObserver
+{
+    Q_OBJECT
+
+public:
+    explicit NowPlayingWidgetDesktop(QWidget* parent = nullptr);
+    ~NowPlayingWidgetDesktop() override;
+
+    void PlayerDidChangeState(const Core::ContentPlaying::Player& player,
+                              Core::ContentPlaying::PlayerState state) override;
+    void PlayerDidChangePeriod(const Core::ContentPlaying::Player& player,
+                               const Core::ContentPlaying::PlayablePeriod& period) override;
+    void PlayerDidFinishLastPeriod(const Core::ContentPlaying::Player& player) override;
+    void PlayerCantFindCurrentPeriod(const Core::ContentPlaying::Player& player) override;
+
+signals:
+    void ScheduleRequested();
+    void AdsRequested();
+    void TracksRequested();
+
+private slots:
+    void OnPrevious();
+    void OnPlayPause();
+    void OnNext();
+    void OnLike();
+    void OnDislike();
+    void OnSeek(qreal progress);
+    void Tick();
+
+private:
+    enum class Situation
+    {
+        Playing,
+        NoPeriod,
+        Finished,
+    };
+
+    void Attach();
+    void ShowState(const Core::ContentPlaying::PlayerState& state);
+    void ShowPeriod();
+    void ShowNextAd();
+    void SendLike(bool like);
+    QString NextPeriodStart() const;
+
+    std::weak_ptr<Core::UserEnvironment> mEnvironment;
+    std::weak_ptr<Core::ContentPlaying::Player> mPlayer;
+    QTimer* mClock;
+    Situation mSituation = Situation::Playing;
+    std::int64_t mTrackId = 0;
+};
+
+} // namespace UI::Desktop
