@@ -5,12 +5,15 @@
 #include "ui/desktop/ads_list_widget_desktop.h"
 #include "ui/desktop/backdrop_image_provider.h"
 #include "ui/desktop/base_widget_desktop.h"
+#include "ui/desktop/content_tabs_widget_desktop.h"
+#include "ui/desktop/license_widget_desktop.h"
 #include "ui/desktop/main_window_desktop.h"
 #include "ui/desktop/music_track_list_widget_desktop.h"
 #include "ui/desktop/nonskippable_dialog_widget_desktop.h"
 #include "ui/desktop/now_playing_widget_desktop.h"
+#include "ui/desktop/objects_widget_desktop.h"
 #include "ui/desktop/schedule_widget_desktop.h"
-#include "ui/desktop/section_placeholder_widget_desktop.h"
+#include "ui/desktop/settings_widget_desktop.h"
 #include "ui/desktop/side_bar_widget_desktop.h"
 #include "ui/desktop/skippable_dialog_widget_desktop.h"
 #include "ui/desktop/unauth_error_widget_desktop.h"
@@ -26,6 +29,7 @@
 namespace UI::Desktop {
 
 using Core::UserEnvironment;
+using Core::DataTypes::Playlists::PlaylistContentType;
 
 namespace {
 
@@ -220,41 +224,54 @@ void PlayerWidgetDesktop::OpenNowPlayingList(BaseWidgetDesktop* list)
 
 void PlayerWidgetDesktop::OpenMusicSection()
 {
-    OpenSection(SideBarWidgetDesktop::MusicSection, QStringLiteral("Музыка"));
+    OpenContentSection(SideBarWidgetDesktop::MusicSection, PlaylistContentType::Music);
 }
 
 void PlayerWidgetDesktop::OpenVideoSection()
 {
-    OpenSection(SideBarWidgetDesktop::VideoSection, QStringLiteral("Видео"));
+    OpenContentSection(SideBarWidgetDesktop::VideoSection, PlaylistContentType::Video);
 }
 
 void PlayerWidgetDesktop::OpenPhotoSection()
 {
-    OpenSection(SideBarWidgetDesktop::PhotoSection, QStringLiteral("Фото"));
+    OpenContentSection(SideBarWidgetDesktop::PhotoSection, PlaylistContentType::Photo);
+}
+
+void PlayerWidgetDesktop::OpenContentSection(const char* section, PlaylistContentType type)
+{
+    // The tabs switch among the three kinds within one section; the side bar's three
+    // items each open it on their own kind.
+    const QString name = QString::fromLatin1(section);
+    if (auto* tabs = qobject_cast<ContentTabsWidgetDesktop*>(mInnerStack->currentWidget())) {
+        if (name != mCurrentSection) {
+            mCurrentSection = name;
+            mSideBar->SetCurrentSection(name);
+            tabs->Open(type);
+        }
+        return;
+    }
+    ShowInSection(section, [this, type]() { return new ContentTabsWidgetDesktop(type, mInnerStack); });
 }
 
 void PlayerWidgetDesktop::OpenLicenseSection()
 {
-    OpenSection(SideBarWidgetDesktop::LicenseSection, QStringLiteral("Сертификат"));
+    ShowInSection(SideBarWidgetDesktop::LicenseSection,
+                  [this]() { return new LicenseWidgetDesktop(mInnerStack); });
 }
 
 void PlayerWidgetDesktop::OpenObjectsSection()
 {
-    OpenSection(SideBarWidgetDesktop::ObjectsSection, QStringLiteral("Объекты"));
+    ShowInSection(SideBarWidgetDesktop::ObjectsSection,
+                  [this]() { return new ObjectsWidgetDesktop(mInnerStack); });
 }
 
 void PlayerWidgetDesktop::OpenSettingsSection()
 {
-    OpenSection(SideBarWidgetDesktop::SettingsSection, QStringLiteral("Настройки"));
+    ShowInSection(SideBarWidgetDesktop::SettingsSection,
+                  [this]() { return new SettingsWidgetDesktop(mInnerStack); });
 }
 
-void PlayerWidgetDesktop::OpenSection(const char* section, const QString& title)
-{
-    ShowInSection(section,
-                  [this, title]() { return new SectionPlaceholderWidgetDesktop(title, mInnerStack); });
-}
-
-void PlayerWidgetDesktop::ShowInSection(const char* section, const std::function<BaseWidgetDesktop*()>& make)
+void PlayerWidgetDesktop::ShowInSection(const char* section, const std::function<QWidget*()>& make)
 {
     const QString name = QString::fromLatin1(section);
     if (name == mCurrentSection && mInnerStack->count() > 0) {
@@ -263,8 +280,10 @@ void PlayerWidgetDesktop::ShowInSection(const char* section, const std::function
     mCurrentSection = name;
     mSideBar->SetCurrentSection(name);
     ShowBlackout(false);
-    BaseWidgetDesktop* opened = make();
-    opened->SetBlackoutHandler([this](bool shown) { ShowBlackout(shown); });
+    QWidget* opened = make();
+    if (auto* screen = qobject_cast<BaseWidgetDesktop*>(opened)) {
+        screen->SetBlackoutHandler([this](bool shown) { ShowBlackout(shown); });
+    }
     mInnerStack->addWidget(opened);
     mInnerStack->setCurrentWidget(opened);
     // One section at a time: the one left is not kept. It may be inside one of its

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/data_types/playlists/playlist_content_type.h"
 #include "core/networking/object_exported_error_listener.h"
 #include "core/networking/unauthorized_error_listener.h"
 #include "core/playback_configuration_updated_observer.h"
@@ -74,10 +75,10 @@ private:
     void DetachFromEnvironment();
     void StartPlaying();
     void FollowPlayer();
-    void OpenSection(const char* section, const QString& title);
+    void OpenContentSection(const char* section, Core::DataTypes::Playlists::PlaylistContentType type);
     // `make` creates the section's screen; a list opened from now playing stays under
     // the "Плеер" section and closes back to it.
-    void ShowInSection(const char* section, const std::function<BaseWidgetDesktop*()>& make);
+    void ShowInSection(const char* section, const std::function<QWidget*()>& make);
     void OpenNowPlayingList(BaseWidgetDesktop* list);
     void OpenScheduleWidget();
     void ShowBlackout(bool shown);

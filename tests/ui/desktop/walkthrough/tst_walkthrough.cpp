@@ -128,14 +128,19 @@ void TestWalkthrough::firstDayThroughTheScreens()
     ExpectNamedControls(driver);
 
     // Every section opens, named controls and all.
-    for (const char* button : {"musicButton", "videoButton", "photoButton", "licenseButton", "objectsButton",
-                               "settingsButton", "playerButton"}) {
-        auto* frame = qobject_cast<UI::Desktop::PlayerWidgetDesktop*>(driver.CurrentScreen());
-        QVERIFY(frame);
-        QWidget* before = frame->InnerStack()->currentWidget();
-        QVERIFY2(driver.Click(QString::fromLatin1(button)), button);
-        QTRY_VERIFY2_WITH_TIMEOUT(frame->InnerStack()->currentWidget() != before, button,
-                                  Tests::Timeouts::Quick);
+    const QList<QPair<QString, QString>> sections = {
+        {"musicButton", "player/contents/music/music_playlists_widget.qml"},
+        {"videoButton", "player/contents/video/video_playlists_widget.qml"},
+        {"photoButton", "player/contents/photo/photo_playlists_widget.qml"},
+        {"licenseButton", "player/license/license_widget.qml"},
+        {"objectsButton", "player/objects/objects_widget.qml"},
+        {"settingsButton", "player/settings/settings_widget.qml"},
+        {"playerButton", "player/now_playing/now_playing_widget.qml"},
+    };
+    for (const auto& [button, document] : sections) {
+        QVERIFY2(driver.Click(button), qPrintable(button));
+        QTRY_VERIFY2_WITH_TIMEOUT(driver.DocumentShown(document), qPrintable(button), Tests::Timeouts::Quick);
+        QVERIFY2(driver.Property(button, "selected").toBool(), qPrintable(button));
         ExpectNamedControls(driver);
     }
 
