@@ -2,11 +2,13 @@
 
 #include "core/content_playing/player.h"
 #include "core/networking/like_action.h"
+#include "core/settings.h"
 #include "core/user_environment.h"
 #include "core/utilities/local_time_helper.h"
+#include "ui/desktop/content_output_desktop.h"
 #include "ui/list_models/ad_blocks_list_model.h"
 
-#include <QPointer>
+#include <QQuickItem>
 #include <QTimer>
 
 namespace UI::Desktop {
@@ -42,6 +44,16 @@ NowPlayingWidgetDesktop::NowPlayingWidgetDesktop(QWidget* parent)
     ConnectQmlChild(QStringLiteral("adsButton"), "clicked()", this, "AdsRequested()");
     ConnectQmlChild(QStringLiteral("tracksButton"), "clicked()", this, "TracksRequested()");
     ConnectQmlRoot("seekRequested(qreal)", this, "OnSeek(qreal)");
+    // The native areas follow their placeholders wherever the layout moves them.
+    for (const QString& name :
+         {QStringLiteral("mediaColumn"), QStringLiteral("videoArea"), QStringLiteral("photoArea")}) {
+        if (QObject* item = FindQmlChild(name)) {
+            for (const char* signal : {SIGNAL(xChanged()), SIGNAL(yChanged()), SIGNAL(widthChanged()),
+                                       SIGNAL(heightChanged()), SIGNAL(visibleChanged())}) {
+                connect(item, signal, this, SLOT(PlaceMedia()));
+            }
+        }
+    }
 
     // The clock on screen is the one the schedule runs on; it also picks up the
     // player once the configuration has given the environment one.
@@ -53,10 +65,92 @@ NowPlayingWidgetDesktop::NowPlayingWidgetDesktop(QWidget* parent)
 
 NowPlayingWidgetDesktop::~NowPlayingWidgetDesktop()
 {
+    if (mOutput) {
+        mOutput->Release(this);
+    }
     if (const auto player = mPlayer.lock()) {
         player->RemoveObserver(this);
     }
     setSource(QUrl());
+}
+
+void NowPlayingWidgetDesktop::SetContentOutput(ContentOutputDesktop* output)
+{
+    mOutput = output;
+    if (output) {
+        connect(output, &ContentOutputDesktop::ExternalScreenChanged, this, [this](const QString& name) {
+            SetPropertyOfRoot("externalOutputText",
+                              name.isEmpty() ? QString() : QStringLiteral("Видео на экране ") + name);
+            PlaceMedia();
+        });
+        const QString name = output->ExternalScreenName();
+        SetPropertyOfRoot("externalOutputText",
+                          name.isEmpty() ? QString() : QStringLiteral("Видео на экране ") + name);
+    }
+    PlaceMedia();
+}
+
+QRect NowPlayingWidgetDesktop::AreaRect(const QString& objectName) const
+{
+    auto* item = qobject_cast<QQuickItem*>(FindQmlChild(objectName));
+    if (!item || !item->isVisible() || item->width() <= 0 || item->height() <= 0) {
+        return {};
+    }
+    // The document fills the widget, so its scene coordinates are the widget's.
+    return QRectF(item->mapToScene(QPointF(0, 0)), QSizeF(item->width(), item->height())).toAlignedRect();
+}
+
+void NowPlayingWidgetDesktop::PlaceMedia()
+{
+    if (!mOutput) {
+        return;
+    }
+    if (!isVisible()) {
+        mOutput->Release(this);
+        return;
+    }
+    mOutput->ShowOver(this, AreaRect(QStringLiteral("videoArea")), AreaRect(QStringLiteral("photoArea")));
+}
+
+void NowPlayingWidgetDesktop::resizeEvent(QResizeEvent* event)
+{
+    BaseWidgetDesktop::resizeEvent(event);
+    PlaceMedia();
+}
+
+void NowPlayingWidgetDesktop::showEvent(QShowEvent* event)
+{
+    BaseWidgetDesktop::showEvent(event);
+    PlaceMedia();
+}
+
+void NowPlayingWidgetDesktop::hideEvent(QHideEvent* event)
+{
+    BaseWidgetDesktop::hideEvent(event);
+    if (mOutput) {
+        mOutput->Release(this);
+    }
+}
+
+void NowPlayingWidgetDesktop::ShowMedia(const Core::ContentPlaying::PlayerState& state)
+{
+    const auto player = mPlayer.lock();
+    const bool shown = Core::Settings::AutoShowVideoPhoto() && mSituation == Situation::Playing;
+    const bool hasVideo = player && !player->GetCurrentTracks(ContentType::Video).empty();
+    const bool hasPhoto = player && !player->GetCurrentTracks(ContentType::Photo).empty();
+    const auto title = [&state](ContentType type) {
+        const auto found = state.contentPlayingStates.find(type);
+        return found == state.contentPlayingStates.end() ? QString()
+                                                         : QString::fromStdString(found->second.trackTitle);
+    };
+    SetPropertyOfRoot("videoShown", shown && hasVideo);
+    SetPropertyOfRoot("photoShown", shown && hasPhoto);
+    SetPropertyOfRoot("videoName", title(ContentType::Video));
+    SetPropertyOfRoot("photoName", title(ContentType::Photo));
+    if (mOutput) {
+        mOutput->SetKindsPlaying(hasVideo, hasPhoto);
+    }
+    PlaceMedia();
 }
 
 void NowPlayingWidgetDesktop::Tick()
@@ -219,6 +313,7 @@ void NowPlayingWidgetDesktop::ShowState(const Core::ContentPlaying::PlayerState&
     }
     SetPropertyOfRoot("downloadsText", downloadsText);
     SetPropertyOfRoot("downloadsProgress", downloaded);
+    ShowMedia(state);
 }
 
 void NowPlayingWidgetDesktop::PlayerDidChangeState(const Player&, Core::ContentPlaying::PlayerState state)

@@ -4,6 +4,9 @@
 #include "core/content_playing/player_state.h"
 #include "ui/desktop/base_widget_desktop.h"
 
+#include <QPointer>
+#include <QRect>
+
 #include <memory>
 
 class QTimer;
@@ -18,6 +21,8 @@ class Player;
 
 namespace UI::Desktop {
 
+class ContentOutputDesktop;
+
 // The heart of the program for the shop owner: the period and its time, the local
 // clock and the point of sale; the music track with its cover, likes, progress and
 // controls; the advertising band while a block plays; the next block and the
@@ -31,6 +36,9 @@ class NowPlayingWidgetDesktop : public BaseWidgetDesktop, public Core::ContentPl
 public:
     explicit NowPlayingWidgetDesktop(QWidget* parent = nullptr);
     ~NowPlayingWidgetDesktop() override;
+
+    // Where video and photos are drawn; this screen lays them over its placeholders.
+    void SetContentOutput(ContentOutputDesktop* output);
 
     void PlayerDidChangeState(const Core::ContentPlaying::Player& player,
                               Core::ContentPlaying::PlayerState state) override;
@@ -52,6 +60,12 @@ private slots:
     void OnDislike();
     void OnSeek(qreal progress);
     void Tick();
+    void PlaceMedia();
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
     enum class Situation
@@ -67,10 +81,13 @@ private:
     void ShowNextAd();
     void SendLike(bool like);
     QString NextPeriodStart() const;
+    void ShowMedia(const Core::ContentPlaying::PlayerState& state);
+    QRect AreaRect(const QString& objectName) const;
 
     std::weak_ptr<Core::UserEnvironment> mEnvironment;
     std::weak_ptr<Core::ContentPlaying::Player> mPlayer;
     QTimer* mClock;
+    QPointer<ContentOutputDesktop> mOutput;
     Situation mSituation = Situation::Playing;
     std::int64_t mTrackId = 0;
 };

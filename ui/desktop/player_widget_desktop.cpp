@@ -5,6 +5,7 @@
 #include "ui/desktop/ads_list_widget_desktop.h"
 #include "ui/desktop/backdrop_image_provider.h"
 #include "ui/desktop/base_widget_desktop.h"
+#include "ui/desktop/content_output_desktop.h"
 #include "ui/desktop/content_tabs_widget_desktop.h"
 #include "ui/desktop/license_widget_desktop.h"
 #include "ui/desktop/main_window_desktop.h"
@@ -74,6 +75,7 @@ PlayerWidgetDesktop::PlayerWidgetDesktop(QWidget* parent)
     connect(&UiKit::GetInstance(), &UiKit::sideBarScreenWidthPercentChanged, this,
             &PlayerWidgetDesktop::LayOut);
 
+    mOutput = new ContentOutputDesktop(this);
     OpenPlayerSection();
 
     QPointer<PlayerWidgetDesktop> self(this);
@@ -87,6 +89,8 @@ PlayerWidgetDesktop::PlayerWidgetDesktop(QWidget* parent)
 PlayerWidgetDesktop::~PlayerWidgetDesktop()
 {
     DetachFromEnvironment();
+    // The player lets go of the video and photo areas before they go.
+    delete mOutput;
 }
 
 SideBarWidgetDesktop* PlayerWidgetDesktop::SideBar() const
@@ -166,7 +170,9 @@ void PlayerWidgetDesktop::StartPlaying()
 void PlayerWidgetDesktop::FollowPlayer()
 {
     const auto environment = mEnvironment.lock();
-    mSideBar->ObservePlayer(environment ? environment->GetContentPlayer() : nullptr);
+    const auto player = environment ? environment->GetContentPlayer() : nullptr;
+    mSideBar->ObservePlayer(player);
+    mOutput->Attach(player);
 }
 
 void PlayerWidgetDesktop::PlaybackConfigurationUpdated(bool, const std::string&)
@@ -186,6 +192,7 @@ void PlayerWidgetDesktop::OpenPlayerSection()
     mCurrentSection.clear();
     ShowInSection(SideBarWidgetDesktop::PlayerSection, [this]() {
         auto* nowPlaying = new NowPlayingWidgetDesktop(mInnerStack);
+        nowPlaying->SetContentOutput(mOutput);
         connect(nowPlaying, &NowPlayingWidgetDesktop::ScheduleRequested, this,
                 &PlayerWidgetDesktop::OpenScheduleWidget);
         connect(nowPlaying, &NowPlayingWidgetDesktop::AdsRequested, this,

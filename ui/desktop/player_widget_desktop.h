@@ -19,6 +19,8 @@ class UserEnvironment;
 
 namespace UI::Desktop {
 
+class ContentOutputDesktop;
+
 class BaseWidgetDesktop;
 class SideBarWidgetDesktop;
 
@@ -91,6 +93,8 @@ private:
     BaseWidgetDesktop* mPreloader = nullptr;
     QString mCurrentSection;
     std::weak_ptr<Core::UserEnvironment> mEnvironment;
+    // Video and photos, kept by the frame so that they go on whatever section is open.
+    ContentOutputDesktop* mOutput = nullptr;
     // Each account error is shown once, however many requests meet it.
     QPointer<QWidget> mUnauthorizedScreen;
     QPointer<QWidget> mObjectExportedDialog;

@@ -3,6 +3,7 @@
 #include "core/content_playing/player.h"
 #include "core/settings.h"
 #include "core/user_environment.h"
+#include "ui/desktop/content_output_desktop.h"
 #include "ui/desktop/main_window_desktop.h"
 #include "ui/desktop/screen_error_text.h"
 #include "ui/desktop/view_app_log_widget_widget_desktop.h"
@@ -286,6 +287,7 @@ void SettingsWidgetDesktop::OnSettingChanged(const QString& name, const QVariant
     } else if (name == QLatin1String("videoOutput")) {
         if (ValidIndex(mVideoOutputs, index)) {
             Settings::SetVideoOutput(mVideoOutputs[static_cast<std::size_t>(index)]);
+            ContentOutputDesktop::VideoOutputSettingChanged();
         }
     } else if (name == QLatin1String("autorun")) {
         Settings::SetAutoRunEnabled(on);

@@ -30,6 +30,14 @@ Rectangle {
     property string downloadsText: ""
     property real downloadsProgress: 1
     property string noticeText: ""
+    // The video and photo areas: the screen class lays native widgets over the two
+    // placeholders while they are shown here.
+    property bool videoShown: false
+    property bool photoShown: false
+    property string videoName: ""
+    property string photoName: ""
+    // Not empty while video and photo play full-screen on another screen.
+    property string externalOutputText: ""
 
     signal seekRequested(real progress)
 
@@ -142,6 +150,78 @@ Rectangle {
             Accessible.name: text
         }
 
+        // Video above photo, each 16:9 with the file's name under it; or, with both on
+        // another screen, a note saying which.
+        Column {
+            id: media
+            objectName: "mediaColumn"
+            anchors.right: parent.right
+            anchors.verticalCenter: parent.verticalCenter
+            visible: root.situation === "playing" &&
+                     (root.videoShown || root.photoShown || root.externalOutputText.length > 0)
+            width: Math.min(parent.width * 0.42,
+                            (parent.height - 2 * nameHeight - UiKit.SpacingLarge) * 16 / 9 /
+                            Math.max(1, (root.videoShown ? 1 : 0) + (root.photoShown ? 1 : 0)))
+            spacing: UiKit.SpacingSmall
+            readonly property real nameHeight: videoNameLabel.implicitHeight + UiKit.SpacingSmall
+
+            Rectangle {
+                objectName: "videoArea"
+                visible: root.videoShown && root.externalOutputText.length === 0
+                width: media.width
+                height: width * 9 / 16
+                color: UiKit.VideoAreaBackground
+                Accessible.role: Accessible.Graphic
+                Accessible.name: "Видео"
+            }
+            Text {
+                id: videoNameLabel
+                objectName: "videoNameText"
+                visible: root.videoShown && root.externalOutputText.length === 0
+                width: media.width
+                text: root.videoName
+                elide: Text.ElideMiddle
+                font.family: UiKit.CaptionFont.family
+                font.pointSize: UiKit.CaptionPointSize
+                color: UiKit.TextSecondaryColor
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
+            }
+            Rectangle {
+                objectName: "photoArea"
+                visible: root.photoShown && root.externalOutputText.length === 0
+                width: media.width
+                height: width * 9 / 16
+                color: UiKit.VideoAreaBackground
+                Accessible.role: Accessible.Graphic
+                Accessible.name: "Фото"
+            }
+            Text {
+                objectName: "photoNameText"
+                visible: root.photoShown && root.externalOutputText.length === 0
+                width: media.width
+                text: root.photoName
+                elide: Text.ElideMiddle
+                font.family: UiKit.CaptionFont.family
+                font.pointSize: UiKit.CaptionPointSize
+                color: UiKit.TextSecondaryColor
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
+            }
+            Text {
+                objectName: "videoOutputNote"
+                visible: root.externalOutputText.length > 0
+                width: media.width
+                text: root.externalOutputText
+                wrapMode: Text.WordWrap
+                font.family: UiKit.CaptionFont.family
+                font.pointSize: UiKit.CaptionPointSize
+                color: UiKit.TextSecondaryColor
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
+            }
+        }
+
         Row {
             id: track
             anchors.verticalCenter: parent.verticalCenter
@@ -176,7 +256,8 @@ Rectangle {
             }
 
             Column {
-                width: middle.width - cover.width - UiKit.SpacingLarge
+                width: middle.width - cover.width - UiKit.SpacingLarge -
+                       (media.visible ? media.width + UiKit.SpacingLarge : 0)
                 anchors.verticalCenter: parent.verticalCenter
                 spacing: UiKit.SpacingSmall
 

@@ -1,0 +1,249 @@
+// Video and photos on the now-playing screen, on the virtual display: libvlc's frames
+// reach the native area laid over the document's placeholder, the area follows the
+// placeholder when the window changes size, and a video output naming a screen that
+// is not connected keeps them in the window.
+
+#include "core/settings.h"
+#include "core/user_environment.h"
+#include "tests/core/content_playing/test_periods.h"
+#include "tests/core/user_environment/shop_session.h"
+#include "tests/support/test_data_directory.h"
+#include "tests/support/test_timeouts.h"
+#include "tests/ui/support/qml_warnings.h"
+#include "tests/ui/support/screen_driver.h"
+#include "ui/desktop/application_start_up.h"
+#include "ui/desktop/main_window_desktop.h"
+
+#include <QJsonArray>
+#include <QLabel>
+#include <QQuickItem>
+#include <QQuickWidget>
+#include <QScreen>
+#include <QSet>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+using Tests::ShopSession;
+
+namespace {
+
+const QString NowPlayingDocument = QStringLiteral("player/now_playing/now_playing_widget.qml");
+
+// A day whose period plays music, a video playlist and a photo playlist together.
+QJsonObject DayWithVideoAndPhoto()
+{
+    QJsonObject period = ShopSession::Period(QStringLiteral("День"), "09:00", "13:00", 11);
+    period["video_playlist_id"] = 21;
+    period["photo_playlist_id"] = 22;
+    QJsonObject day =
+        ShopSession::Schedule({period}, {ShopSession::MusicPlaylist(11, QStringLiteral("Музыка"), {1, 2}),
+                                         QJsonObject{{"id", 21},
+                                                     {"name", "Ролики"},
+                                                     {"content_type", "video"},
+                                                     {"image", ""},
+                                                     {"tracks", QJsonArray{31}}},
+                                         QJsonObject{{"id", 22},
+                                                     {"name", "Витрина"},
+                                                     {"content_type", "photo"},
+                                                     {"image", ""},
+                                                     {"tracks", QJsonArray{32}}}});
+    QJsonArray content = day["content"].toArray();
+    for (int i = 0; i < content.size(); ++i) {
+        QJsonObject kind = content[i].toObject();
+        if (kind["type"] == QLatin1String("video")) {
+            kind["tracks"] = QJsonArray{QJsonObject{{"id", 31}, {"path", "video.mp4"}}};
+        } else if (kind["type"] == QLatin1String("photo")) {
+            kind["tracks"] = QJsonArray{QJsonObject{{"id", 32}, {"path", "photo_landscape.jpg"}}};
+        }
+        content[i] = kind;
+    }
+    day["content"] = content;
+    return day;
+}
+
+// How many different colours a native window shows: the test video has bars of
+// many, an empty black area one.
+int ColoursShown(QWidget* widget)
+{
+    const QImage image = widget->screen()->grabWindow(widget->winId()).toImage();
+    QSet<QRgb> colours;
+    for (int y = 0; y < image.height(); y += 4) {
+        for (int x = 0; x < image.width(); x += 4) {
+            colours.insert(image.pixel(x, y));
+        }
+    }
+    return colours.size();
+}
+
+} // namespace
+
+class TestVideoArea : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void framesReachTheAreaOverThePlaceholder();
+    void theAreasFollowTheWindowsSize();
+    void anUnpluggedOutputKeepsThemInTheWindow();
+
+private:
+    void Open();
+    QWidget* Output(const char* name) const;
+    // The placeholder's rectangle in the main window's coordinates.
+    QRect Placeholder(const QString& name) const;
+    QRect InWindow(QWidget* widget) const;
+
+    QTemporaryDir mContent;
+    std::unique_ptr<Tests::ReferenceService> mService;
+    std::unique_ptr<Tests::TestDataDirectory> mData;
+    std::unique_ptr<UI::Desktop::MainWindowDesktop> mWindow;
+    std::unique_ptr<Tests::ScreenDriver> mDriver;
+};
+
+void TestVideoArea::initTestCase()
+{
+    Tests::QmlWarnings::StartRecording();
+    QVERIFY(mContent.isValid());
+    QString error;
+    mService = ShopSession::StartedServing(
+        mContent.path(),
+        {"music/music_a.mp3", "music/music_b.mp3", "video/video.mp4", "photo/photo_landscape.jpg"}, &error);
+    QVERIFY2(mService, qPrintable(error));
+}
+
+void TestVideoArea::init()
+{
+    QVERIFY(mService->Reset());
+    QVERIFY(mService->SetToday(
+        QDate::fromString(QString::fromStdString(Tests::TestPeriods::Today()), "dd.MM.yyyy")));
+    mData = std::make_unique<Tests::TestDataDirectory>();
+    QVERIFY(mData->IsValid());
+}
+
+void TestVideoArea::cleanup()
+{
+    mDriver.reset();
+    mWindow.reset();
+    ShopSession::ForgetSession();
+    mData.reset();
+    const QStringList warnings = Tests::QmlWarnings::Take();
+    QVERIFY2(warnings.isEmpty(), qPrintable(warnings.join(QLatin1Char('\n'))));
+}
+
+void TestVideoArea::Open()
+{
+    QVERIFY(mService->ReplaceConfiguration(QStringLiteral("shop1"), DayWithVideoAndPhoto()) > 0);
+    Tests::TestPeriods::SetNow(QTime(10, 0));
+    QString error;
+    auto earlier = ShopSession::SignedIn(ShopSession::ServerOf(*mService), ShopSession::Shop(), &error);
+    QVERIFY2(earlier, qPrintable(error));
+    QVERIFY2(ShopSession::LoadSchedule(*earlier, &error), qPrintable(error));
+    earlier.reset();
+    Core::UserEnvironment::ForgetProcessStateForTesting();
+    mWindow.reset(UI::Desktop::ApplicationStartUp::CreateMainWindow());
+    mWindow->show();
+    QVERIFY(QTest::qWaitForWindowExposed(mWindow.get()));
+    mDriver = std::make_unique<Tests::ScreenDriver>(mWindow.get());
+    QTRY_VERIFY_WITH_TIMEOUT(mDriver->DocumentShown(NowPlayingDocument), Tests::Timeouts::Quick);
+}
+
+QWidget* TestVideoArea::Output(const char* name) const
+{
+    return mWindow->findChild<QWidget*>(QString::fromLatin1(name));
+}
+
+QRect TestVideoArea::Placeholder(const QString& name) const
+{
+    auto* item = qobject_cast<QQuickItem*>(mDriver->Item(name));
+    if (!item || !item->isVisible()) {
+        return {};
+    }
+    QWidget* host = nullptr;
+    for (auto* widget : mWindow->findChildren<QQuickWidget*>()) {
+        if (widget->rootObject() && widget->rootObject()->objectName() == QLatin1String("nowPlayingScreen")) {
+            host = widget;
+        }
+    }
+    if (!host) {
+        return {};
+    }
+    const QRect inHost =
+        QRectF(item->mapToScene(QPointF(0, 0)), QSizeF(item->width(), item->height())).toAlignedRect();
+    return inHost.translated(host->mapTo(mWindow.get(), QPoint(0, 0)));
+}
+
+QRect TestVideoArea::InWindow(QWidget* widget) const
+{
+    return QRect(widget->mapTo(mWindow.get(), QPoint(0, 0)), widget->size());
+}
+
+void TestVideoArea::framesReachTheAreaOverThePlaceholder()
+{
+    Open();
+    QTRY_VERIFY_WITH_TIMEOUT(!Placeholder(QStringLiteral("videoArea")).isEmpty(), Tests::Timeouts::Process);
+    QWidget* video = Output("videoOutput");
+    QVERIFY(video);
+    QTRY_VERIFY_WITH_TIMEOUT(video->isVisible(), Tests::Timeouts::Quick);
+    QCOMPARE(InWindow(video), Placeholder(QStringLiteral("videoArea")));
+    QVERIFY(video->testAttribute(Qt::WA_NativeWindow));
+    // The test video's bars, drawn by libvlc into the area's own window.
+    QTRY_VERIFY_WITH_TIMEOUT(ColoursShown(video) > 4, Tests::Timeouts::Playback);
+    QTRY_COMPARE_WITH_TIMEOUT(mDriver->Property(QStringLiteral("videoNameText"), "text").toString(),
+                              QStringLiteral("video"), Tests::Timeouts::Quick);
+
+    QWidget* photo = Output("photoOutput");
+    QVERIFY(photo);
+    QTRY_VERIFY_WITH_TIMEOUT(photo->isVisible(), Tests::Timeouts::Playback);
+    QCOMPARE(InWindow(photo), Placeholder(QStringLiteral("photoArea")));
+    QTRY_VERIFY_WITH_TIMEOUT(photo->findChild<QLabel*>() &&
+                                 !photo->findChild<QLabel*>()->pixmap(Qt::ReturnByValue).isNull(),
+                             Tests::Timeouts::Playback);
+
+    // Another section hides them; now playing again shows them over its placeholders.
+    QVERIFY(mDriver->Click(QStringLiteral("settingsButton")));
+    QTRY_VERIFY_WITH_TIMEOUT(!video->isVisible(), Tests::Timeouts::Quick);
+    QVERIFY(!photo->isVisible());
+    QVERIFY(mDriver->Click(QStringLiteral("playerButton")));
+    QTRY_VERIFY_WITH_TIMEOUT(video->isVisible() &&
+                                 InWindow(video) == Placeholder(QStringLiteral("videoArea")),
+                             Tests::Timeouts::Quick);
+    QVERIFY(mDriver->UnnamedControls().isEmpty());
+}
+
+void TestVideoArea::theAreasFollowTheWindowsSize()
+{
+    Open();
+    QWidget* video = Output("videoOutput");
+    QVERIFY(video);
+    QTRY_VERIFY_WITH_TIMEOUT(video->isVisible(), Tests::Timeouts::Process);
+    const QRect before = InWindow(video);
+    mWindow->resize(mWindow->width() + 300, mWindow->height() + 150);
+    QTRY_VERIFY_WITH_TIMEOUT(InWindow(video) != before, Tests::Timeouts::Quick);
+    QTRY_COMPARE_WITH_TIMEOUT(InWindow(video), Placeholder(QStringLiteral("videoArea")),
+                              Tests::Timeouts::Quick);
+    // 16:9, as the placeholder.
+    QVERIFY(qAbs(video->width() * 9 - video->height() * 16) <= 16);
+}
+
+void TestVideoArea::anUnpluggedOutputKeepsThemInTheWindow()
+{
+    Core::VideoOutput gone;
+    gone.name = QStringLiteral("HDMI-9");
+    gone.selected = true;
+    Core::Settings::SetVideoOutput(gone);
+    Open();
+    QWidget* video = Output("videoOutput");
+    QVERIFY(video);
+    QTRY_VERIFY_WITH_TIMEOUT(video->isVisible(), Tests::Timeouts::Process);
+    QCOMPARE(video->window(), static_cast<QWidget*>(mWindow.get()));
+    QVERIFY(!mDriver->Property(QStringLiteral("videoOutputNote"), "visible").toBool());
+    QTRY_VERIFY_WITH_TIMEOUT(ColoursShown(video) > 4, Tests::Timeouts::Playback);
+}
+
+QTEST_MAIN(TestVideoArea)
+#include "tst_video_area.moc"
