@@ -165,6 +165,11 @@ bool ReferenceService::SetToday(const QDate& date)
     return Control("POST", QStringLiteral("clock"), {{QStringLiteral("date"), value}}).has_value();
 }
 
+bool ReferenceService::ShiftClock(int seconds)
+{
+    return Control("POST", QStringLiteral("clock"), {{QStringLiteral("shift_seconds"), seconds}}).has_value();
+}
+
 int ReferenceService::ConfigurationVersion(const QString& objectCode)
 {
     return VersionFrom(Control("GET", QStringLiteral("configuration?object=") + objectCode));

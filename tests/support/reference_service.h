@@ -51,6 +51,9 @@ public:
     bool SetDayOffset(int days);
     // Pins the service's today (before the day offset); an invalid date unpins it.
     bool SetToday(const QDate& date);
+    // The "Date" header of every reply is the real time moved by `seconds`: a
+    // server whose clock is ahead (positive) or behind the computer's.
+    bool ShiftClock(int seconds);
     // The configuration's version and body as the player would get them now.
     int ConfigurationVersion(const QString& objectCode);
     QJsonObject Configuration(const QString& objectCode);

@@ -30,6 +30,7 @@ ApiClient::Answer Send(const QString& origin, const QString& token, const Reques
     answer.complete = true;
     answer.status = result->status;
     answer.contentType = QByteArray::fromStdString(result->get_header_value("Content-Type"));
+    answer.date = QByteArray::fromStdString(result->get_header_value("Date"));
     answer.body = QByteArray::fromStdString(result->body);
     return answer;
 }

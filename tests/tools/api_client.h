@@ -14,6 +14,8 @@ public:
         QString error;
         int status = 0;
         QByteArray contentType;
+        // The "Date" header as sent: what the service's clock read.
+        QByteArray date;
         QByteArray body;
 
         QJsonObject Json() const;

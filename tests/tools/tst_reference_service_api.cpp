@@ -400,6 +400,34 @@ private slots:
         QVERIFY(TrackById(Configuration(), 2).value("liked").isNull());
     }
 
+    // The player takes the server's time from the "Date" of whatever reply comes,
+    // refusals included; a shifted clock moves every one of them.
+    void everyReplyCarriesTheServiceClock_data()
+    {
+        QTest::addColumn<int>("shift");
+        QTest::newRow("two minutes behind") << -120;
+        // After the reset between cases.
+        QTest::newRow("real") << 0;
+    }
+
+    void everyReplyCarriesTheServiceClock()
+    {
+        QFETCH(int, shift);
+        QVERIFY(shift == 0 || service->ShiftClock(shift));
+        for (const QString target : {"/api/v1/shop1/playback/version?timestamp=1", "/media/shop1/music/b.mp3",
+                                     "/control/state", "/nowhere"}) {
+            // HTTP dates are whole seconds.
+            const QDateTime earliest = QDateTime::currentDateTimeUtc().addSecs(shift - 1);
+            const ApiClient::Answer answer = client->Get(target, token);
+            QDateTime date = QLocale::c().toDateTime(QString::fromLatin1(answer.date),
+                                                     QStringLiteral("ddd, dd MMM yyyy hh:mm:ss 'GMT'"));
+            date.setTimeSpec(Qt::UTC);
+            QVERIFY2(date.isValid() && date >= earliest &&
+                         date <= QDateTime::currentDateTimeUtc().addSecs(shift),
+                     qPrintable(target + ": " + Describe(answer) + " Date: " + answer.date));
+        }
+    }
+
     // A fault hits the first `count` requests to its target and marks them in the
     // request log; the next request is served as before. `processed`: the service
     // still did the work (recorded the report) under the fault.

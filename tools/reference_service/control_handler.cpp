@@ -125,8 +125,17 @@ Reply ControlHandler::Clock(const QJsonObject& body)
         }
         date = value.isNull() ? std::optional<QDate>() : std::optional<QDate>(parsed);
     }
-    if (!offset && !date) {
-        return Refuse(QStringLiteral("give \"day_offset\", \"date\" or both"));
+    std::optional<int> shift;
+    if (body.contains(QStringLiteral("shift_seconds"))) {
+        // Ten years either way is more than any wrong clock a test plays.
+        constexpr int tenYears = 10 * 366 * 24 * 3600;
+        shift = JsonValues::Integer(body.value(QStringLiteral("shift_seconds")));
+        if (!shift || *shift < -tenYears || *shift > tenYears) {
+            return Refuse(QStringLiteral("\"shift_seconds\" must be an integer number of seconds"));
+        }
+    }
+    if (!offset && !date && !shift) {
+        return Refuse(QStringLiteral("give \"day_offset\", \"date\", \"shift_seconds\" or several"));
     }
     auto lock = state.Lock();
     if (offset) {
@@ -135,7 +144,11 @@ Reply ControlHandler::Clock(const QJsonObject& body)
     if (date) {
         state.fixedToday = *date;
     }
-    return Done({{QStringLiteral("today"), ConfigurationBuilder::DateText(state.Today())}});
+    if (shift) {
+        state.clockShiftSeconds = *shift;
+    }
+    return Done({{QStringLiteral("today"), ConfigurationBuilder::DateText(state.Today())},
+                 {QStringLiteral("now"), state.Now().toString(Qt::ISODate)}});
 }
 
 Reply ControlHandler::ConfigurationOf(const QString& code)
@@ -267,6 +280,7 @@ Reply ControlHandler::State()
     auto lock = state.Lock();
     return Done({{QStringLiteral("today"), ConfigurationBuilder::DateText(state.Today())},
                  {QStringLiteral("day_offset"), state.dayOffset},
+                 {QStringLiteral("shift_seconds"), state.clockShiftSeconds},
                  {QStringLiteral("base_url"), addresses.BaseUrl()},
                  {QStringLiteral("media_domain"), addresses.MediaDomain()},
                  {QStringLiteral("files_url"), addresses.FilesUrl()}});

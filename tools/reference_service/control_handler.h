@@ -20,9 +20,11 @@ namespace ReferenceService {
 // objects; a refused request gets HTTP 400 (404 for an unknown object or login)
 // with {"error": "<why>"}. Control requests are neither logged nor faulted.
 //
-//   GET  state                    today, day offset and the service's addresses
+//   GET  state                    today, day offset, clock shift and the service's addresses
 //   POST reset                    back to the scenario: state, faults, records, log
-//   POST clock                    {"day_offset": N} and/or {"date": "dd.MM.yyyy"|null}
+//   POST clock                    any of {"day_offset": N}, {"date": "dd.MM.yyyy"|null} and
+//                                 {"shift_seconds": N}: the "Date" of every reply is the
+//                                 real time moved by N seconds
 //   GET  configuration?object=C   {"version", "configuration"} as the player gets them
 //   POST configuration/bump       {"object"} -> {"version"}
 //   POST configuration/version    {"object", "version"} -> {"version"}

@@ -2,7 +2,9 @@
 
 #include "tools/reference_service/json_values.h"
 
+#include <QDateTime>
 #include <QJsonDocument>
+#include <QLocale>
 
 #include <algorithm>
 #include <cstdio>
@@ -87,6 +89,15 @@ bool HttpService::Bind(int port, const QString& certificate, const QString& key,
     const auto handler = [this](const httplib::Request& request, httplib::Response& response) {
         Serve(request, response);
     };
+    // Every reply says what the service's clock reads, as a real server's do:
+    // the player checks the computer's clock against it. Set after routing, so
+    // that refusals cpp-httplib makes itself carry it too.
+    server->set_post_routing_handler([this](const httplib::Request&, httplib::Response& response) {
+        auto lock = state.Lock();
+        const QDateTime now = state.Now();
+        lock.unlock();
+        response.set_header("Date", HttpDate(now).toStdString());
+    });
     server->Get("/.*", handler);
     server->Post("/.*", handler);
     if (verbose) {
@@ -321,6 +332,13 @@ void HttpService::Write(const Reply& reply, httplib::Response& response)
             source->position += got;
             return sink.write(source->buffer.data(), got);
         });
+}
+
+QString HttpService::HttpDate(const QDateTime& utc)
+{
+    // The one form a sender may use: "Sun, 06 Nov 1994 08:49:37 GMT", in English
+    // whatever the machine's locale.
+    return QLocale::c().toString(utc.toUTC(), QStringLiteral("ddd, dd MMM yyyy hh:mm:ss 'GMT'"));
 }
 
 bool HttpService::WaitUnlessStopping(int milliseconds)

@@ -13,6 +13,7 @@
 #include "tools/reference_service/service_addresses.h"
 #include "tools/reference_service/service_state.h"
 
+#include <QDateTime>
 #include <QString>
 
 #include <condition_variable>
@@ -59,6 +60,8 @@ private:
     static Reply FaultReply(const FaultPlan::Fault& fault, bool isMedia);
     static void Damage(Reply& reply, const FaultPlan::Fault& fault);
     static void Write(const Reply& reply, httplib::Response& response);
+    // An HTTP date of an instant.
+    static QString HttpDate(const QDateTime& utc);
     // Waits for the delay; false when the service is stopping.
     bool WaitUnlessStopping(int milliseconds);
 

@@ -25,6 +25,7 @@ void ServiceState::Reset()
     tokens.clear();
     dayOffset = 0;
     fixedToday.reset();
+    clockShiftSeconds = 0;
     signUps = 0;
     const CatalogueState catalogue(scenario.catalogue);
     for (const Scenario::Account& account : scenario.accounts) {
@@ -48,6 +49,11 @@ void ServiceState::Reset()
 QDate ServiceState::Today() const
 {
     return (fixedToday ? *fixedToday : QDate::currentDate()).addDays(dayOffset);
+}
+
+QDateTime ServiceState::Now() const
+{
+    return QDateTime::currentDateTimeUtc().addSecs(clockShiftSeconds);
 }
 
 QString ServiceState::IssueToken(const QString& login, const QString& code)

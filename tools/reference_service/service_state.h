@@ -5,6 +5,7 @@
 #include "tools/reference_service/scenario.h"
 
 #include <QDate>
+#include <QDateTime>
 #include <QString>
 #include <QVector>
 
@@ -58,6 +59,11 @@ public:
 
     // Today as the service sees it: the local date moved by the control API.
     QDate Today() const;
+    // What the service's clock reads now, in UTC: the real time moved by
+    // `clockShiftSeconds`. Replies carry it in their "Date" header, the only place
+    // the player learns the server's time from. Today() does not follow it, so a
+    // shifted clock never changes the configuration's dates.
+    QDateTime Now() const;
     // A new token for the pair; an earlier token of the same pair stops working,
     // as when the account signs in for this object on another device.
     QString IssueToken(const QString& login, const QString& code);
@@ -76,6 +82,7 @@ public:
     std::map<QString, TokenOwner> tokens;
     int dayOffset = 0;
     std::optional<QDate> fixedToday;
+    int clockShiftSeconds = 0;
 
 private:
     const Scenario& scenario;
