@@ -11,6 +11,7 @@
 #include "core/settings.h"
 #include "core/statistics/manager.h"
 #include "core/utilities/cities_helper.h"
+#include "core/utilities/clock.h"
 #include "core/utilities/device_info_helper.h"
 #include "core/utilities/local_time_helper.h"
 #include "core/utilities/logger.h"
@@ -151,6 +152,35 @@ std::string SiteOf(const QUrl& api)
     return site.toString().toStdString();
 }
 
+// "1 ч. 5 мин. 3 сек.": the units that are not zero, largest first.
+std::string DurationText(std::int64_t seconds)
+{
+    const std::pair<std::int64_t, const char*> units[] = {
+        {86400, " дн."}, {3600, " ч."}, {60, " мин."}, {1, " сек."}};
+    std::string text;
+    for (const auto& [length, name] : units) {
+        if (seconds >= length || (length == 1 && text.empty())) {
+            text += (text.empty() ? "" : " ") + std::to_string(seconds / length) + name;
+            seconds %= length;
+        }
+    }
+    return text;
+}
+
+// Support asks the owner to set the clock: by how much and which way it is off,
+// and both clocks as they read, in local time.
+std::string DeviceTimeIsWrongEntry(const QDateTime& server)
+{
+    const QDateTime local = Utilities::Clock::CurrentLocalDateTime();
+    // To the nearest second: the server's time is known only that closely.
+    const std::int64_t difference = (server.msecsTo(local) + (server <= local ? 500 : -500)) / 1000;
+    const QString format = QStringLiteral("dd.MM.yyyy HH:mm:ss");
+    return std::string("Часы компьютера ") + (difference < 0 ? "отстают от" : "спешат относительно") +
+           " времени сервера на " + DurationText(difference < 0 ? -difference : difference) + " (сервер " +
+           server.toLocalTime().toString(format).toStdString() + ", компьютер " +
+           local.toString(format).toStdString() + "): сервер не примет отчеты о воспроизведении";
+}
+
 } // namespace
 
 UserEnvironment::UserEnvironment(const Server& server, const PlaybackObject& object, const std::string& login,
@@ -166,6 +196,11 @@ UserEnvironment::UserEnvironment(const Server& server, const PlaybackObject& obj
     connection->SetReachabilityHandler([self](bool answered) {
         if (self && self->reachabilityHandler) {
             self->reachabilityHandler(answered);
+        }
+    });
+    connection->SetServerClockHandler([self](const ServerConnection::ServerClockReading&) {
+        if (self) {
+            self->CheckDeviceTime();
         }
     });
     CheckAutoStartEnabled();
@@ -195,6 +230,7 @@ void UserEnvironment::StopListeningToConnection()
     connection->SetUnathorizedErrorListener(nullptr);
     connection->SetObjectExportedErrorListener(nullptr);
     connection->SetReachabilityHandler(nullptr);
+    connection->SetServerClockHandler(nullptr);
 }
 
 // --- Before anyone is signed in ---
@@ -584,6 +620,45 @@ void UserEnvironment::SetObjectExportedErrorListener(ObjectExportedErrorListener
 void UserEnvironment::SetServerReachabilityHandler(ReachabilityHandler handler)
 {
     reachabilityHandler = std::move(handler);
+}
+
+QDateTime UserEnvironment::ServerDateTimeNow() const
+{
+    const auto reading = connection->LastServerClockReading();
+    if (!reading) {
+        return QDateTime();
+    }
+    const std::int64_t sinceReading =
+        Utilities::Clock::CurrentMSecsSinceEpoch() - reading->localMSecsSinceEpoch;
+    return QDateTime::fromMSecsSinceEpoch(reading->serverMSecsSinceEpoch + sinceReading, Qt::UTC);
+}
+
+bool UserEnvironment::DeviceTimeIsCorrect() const
+{
+    const QDateTime server = ServerDateTimeNow();
+    return !server.isValid() || Utilities::LocalTimeHelper::DeviceTimeIsCorrect(server.toSecsSinceEpoch());
+}
+
+void UserEnvironment::SetDeviceTimeHandler(DeviceTimeHandler handler)
+{
+    deviceTimeHandler = std::move(handler);
+}
+
+void UserEnvironment::CheckDeviceTime()
+{
+    const bool wrong = !DeviceTimeIsCorrect();
+    if (wrong == deviceTimeWrong) {
+        return;
+    }
+    deviceTimeWrong = wrong;
+    if (wrong) {
+        Logger::Log(DeviceTimeIsWrongEntry(ServerDateTimeNow()));
+    } else {
+        Logger::Log("Время на компьютере снова совпадает со временем сервера");
+    }
+    if (deviceTimeHandler) {
+        deviceTimeHandler(!wrong);
+    }
 }
 
 void UserEnvironment::AddConfigurationUpdatedObserver(PlaybackConfigurationUpdatedObserver* observer)

@@ -20,6 +20,7 @@
 #include "core/networking/unauthorized_error_listener.h"
 #include "core/statistics/report.h"
 
+#include <QDateTime>
 #include <QObject>
 #include <QTimer>
 
@@ -193,6 +194,17 @@ public:
     // The player then goes on from what is stored. Empty switches it off.
     using ReachabilityHandler = std::function<void(bool answered)>;
     void SetServerReachabilityHandler(ReachabilityHandler handler);
+    // The server's clock now: the time of its latest reply's "Date" header moved on
+    // by what the local clock has run since. Invalid until a reply carried one.
+    QDateTime ServerDateTimeNow() const;
+    // False while the computer's clock is more than a minute off the server's: the
+    // server refuses play reports then, and the schedule runs at the wrong hours.
+    // True while the server's time is not known.
+    bool DeviceTimeIsCorrect() const;
+    // Told when a reply finds the device time wrong, and when one finds it right
+    // again. Empty switches it off.
+    using DeviceTimeHandler = std::function<void(bool correct)>;
+    void SetDeviceTimeHandler(DeviceTimeHandler handler);
     // Not owned; adding one twice keeps it once.
     void AddConfigurationUpdatedObserver(PlaybackConfigurationUpdatedObserver* observer);
     void RemoveConfigurationUpdatedObserver(PlaybackConfigurationUpdatedObserver* observer);
@@ -287,6 +299,9 @@ private:
     void StopListeningToConnection();
     void UpdateTimerFired();
     void StartPlayerTimerFired();
+    // Compares the clocks after each reply that showed the server's, and says so
+    // once when the device time goes wrong and once when it is right again.
+    void CheckDeviceTime();
     void HandleTrackStarted(const DataTypes::Playback::Track& track, int volume, bool resumed);
     void SendPendingReport();
     // Reads the stored configuration and hands it to the player, if there is one.
@@ -304,6 +319,8 @@ private:
     UnauthorizedErrorListener* unauthorizedListener = nullptr;
     ObjectExportedErrorListener* objectExportedListener = nullptr;
     ReachabilityHandler reachabilityHandler;
+    DeviceTimeHandler deviceTimeHandler;
+    bool deviceTimeWrong = false;
     // The sign-in as stored, for the account screens without a trip to the disk.
     DataTypes::Auth::PlaybackObject playbackObject;
     // The server refused this sign-in: nothing more is asked with its token, and

@@ -12,6 +12,7 @@
 #include <QJsonParseError>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QRegularExpression>
 #include <QSslError>
 #include <QTimer>
 #include <QUrl>
@@ -115,6 +116,9 @@ struct ServerConnection::Listeners
     UnauthorizedErrorListener* unauthorized = nullptr;
     ObjectExportedErrorListener* objectExported = nullptr;
     std::function<void(bool)> reachability;
+    std::function<void(const ServerClockReading&)> serverClockHandler;
+    // Written by the replies in flight, which share this with the connection.
+    std::optional<ServerClockReading> serverClock;
 };
 
 ServerConnection::ServerConnection()
@@ -171,6 +175,66 @@ void ServerConnection::SetObjectExportedErrorListener(ObjectExportedErrorListene
 void ServerConnection::SetReachabilityHandler(std::function<void(bool)> handler)
 {
     listeners->reachability = std::move(handler);
+}
+
+std::optional<ServerConnection::ServerClockReading> ServerConnection::LastServerClockReading() const
+{
+    return listeners->serverClock;
+}
+
+void ServerConnection::SetServerClockHandler(std::function<void(const ServerClockReading&)> handler)
+{
+    listeners->serverClockHandler = std::move(handler);
+}
+
+std::optional<std::int64_t> ServerConnection::MSecsSinceEpochFromHttpDate(const QByteArray& text)
+{
+    static const QStringList months = {QStringLiteral("Jan"), QStringLiteral("Feb"), QStringLiteral("Mar"),
+                                       QStringLiteral("Apr"), QStringLiteral("May"), QStringLiteral("Jun"),
+                                       QStringLiteral("Jul"), QStringLiteral("Aug"), QStringLiteral("Sep"),
+                                       QStringLiteral("Oct"), QStringLiteral("Nov"), QStringLiteral("Dec")};
+    // Day, month name, year, hours, minutes, seconds, in each form's own order.
+    static const QRegularExpression fixed(
+        QStringLiteral(R"(^[A-Z][a-z]{2}, (\d{2}) ([A-Z][a-z]{2}) (\d{4}) (\d{2}):(\d{2}):(\d{2}) GMT$)"));
+    static const QRegularExpression rfc850(
+        QStringLiteral(R"(^[A-Z][a-z]{5,8}, (\d{2})-([A-Z][a-z]{2})-(\d{2}) (\d{2}):(\d{2}):(\d{2}) GMT$)"));
+    static const QRegularExpression asctime(
+        QStringLiteral(R"(^[A-Z][a-z]{2} ([A-Z][a-z]{2}) {1,2}(\d{1,2}) (\d{2}):(\d{2}):(\d{2}) (\d{4})$)"));
+
+    const QString value = QString::fromLatin1(text).trimmed();
+    int day = 0;
+    QString month;
+    int year = 0;
+    QStringList clock;
+    if (const auto current = fixed.match(value); current.hasMatch()) {
+        day = current.captured(1).toInt();
+        month = current.captured(2);
+        year = current.captured(3).toInt();
+        clock = QStringList{current.captured(4), current.captured(5), current.captured(6)};
+    } else if (const auto obsolete = rfc850.match(value); obsolete.hasMatch()) {
+        day = obsolete.captured(1).toInt();
+        month = obsolete.captured(2);
+        // A two-digit year more than 50 years ahead is the latest such year past.
+        const int thisYear = Utilities::Clock::CurrentLocalDateTime().date().year();
+        year = thisYear / 100 * 100 + obsolete.captured(3).toInt();
+        if (year > thisYear + 50) {
+            year -= 100;
+        }
+        clock = QStringList{obsolete.captured(4), obsolete.captured(5), obsolete.captured(6)};
+    } else if (const auto ansiC = asctime.match(value); ansiC.hasMatch()) {
+        month = ansiC.captured(1);
+        day = ansiC.captured(2).toInt();
+        clock = QStringList{ansiC.captured(3), ansiC.captured(4), ansiC.captured(5)};
+        year = ansiC.captured(6).toInt();
+    } else {
+        return std::nullopt;
+    }
+    const QDate date(year, months.indexOf(month) + 1, day);
+    const QTime time(clock.at(0).toInt(), clock.at(1).toInt(), clock.at(2).toInt());
+    if (!date.isValid() || !time.isValid()) {
+        return std::nullopt;
+    }
+    return QDateTime(date, time, Qt::UTC).toMSecsSinceEpoch();
 }
 
 void ServerConnection::Servers(
@@ -773,6 +837,7 @@ void ServerConnection::Send(const QByteArray& verb, const QNetworkRequest& reque
     SendRequest(CreateNetworkAccessManager(), verb, request, body,
                 [heard = listeners, onBody = std::move(onBody),
                  failure = std::move(failure)](QNetworkReply* reply, const QString& text) {
+                    NoteServerClock(reply, *heard);
                     if (heard->reachability) {
                         heard->reachability(reply->error() == QNetworkReply::NoError ||
                                             reply->error() > LastConnectionErrorCode);
@@ -785,6 +850,21 @@ void ServerConnection::Send(const QByteArray& verb, const QNetworkRequest& reque
                     }
                     onBody(text);
                 });
+}
+
+void ServerConnection::NoteServerClock(const QNetworkReply* reply, Listeners& heard)
+{
+    const auto server = MSecsSinceEpochFromHttpDate(reply->rawHeader("Date"));
+    if (!server) {
+        return;
+    }
+    // A date names the whole second the reply was made in; its middle is the
+    // closest guess, within half a second either way.
+    constexpr std::int64_t halfASecond = 500;
+    heard.serverClock = ServerClockReading{*server + halfASecond, Utilities::Clock::CurrentMSecsSinceEpoch()};
+    if (heard.serverClockHandler) {
+        heard.serverClockHandler(*heard.serverClock);
+    }
 }
 
 void ServerConnection::PostAuthorizedForm(const std::string& path, const FormItems& items, Success success,

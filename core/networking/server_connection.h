@@ -22,8 +22,10 @@
 #include <QNetworkRequest>
 #include <QString>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -80,6 +82,26 @@ public:
     // answered at all (an error status or a refusal is still an answer), false when
     // the transfer failed for want of a connection. Empty switches it off.
     void SetReachabilityHandler(std::function<void(bool answered)> handler);
+
+    // The server's clock as one reply showed it: the instant its "Date" header
+    // names and what the local clock read when the reply arrived. The protocol
+    // carries no time of its own, so this is the only way to learn whether the
+    // computer's clock, which the schedule runs on, is right.
+    struct ServerClockReading
+    {
+        std::int64_t serverMSecsSinceEpoch = 0;
+        std::int64_t localMSecsSinceEpoch = 0;
+    };
+    // From the latest reply of this connection's requests whose "Date" header could
+    // be read; empty until one arrived.
+    std::optional<ServerClockReading> LastServerClockReading() const;
+    // Called with each new reading, before the request's own callbacks. Empty
+    // switches it off.
+    void SetServerClockHandler(std::function<void(const ServerClockReading&)> handler);
+    // An HTTP date in any of its three forms ("Sun, 06 Nov 1994 08:49:37 GMT", the
+    // obsolete "Sunday, 06-Nov-94 08:49:37 GMT" and "Sun Nov  6 08:49:37 1994"),
+    // as milliseconds since the epoch; empty for anything else.
+    static std::optional<std::int64_t> MSecsSinceEpochFromHttpDate(const QByteArray& text);
 
     // The servers the player can work with, from the service's public API host
     // (see ApiHostEnvironmentVariable). Needs no server; fails at once with a
@@ -175,6 +197,8 @@ private:
     static QNetworkAccessManager* CreateNetworkAccessManager();
     static std::shared_ptr<DataTypes::NetworkError>
     NetworkErrorFromReply(QNetworkReply* reply, const QString& body, const Listeners* listeners);
+    // Remembers the server's clock from the reply's "Date" header, when it has one.
+    static void NoteServerClock(const QNetworkReply* reply, Listeners& heard);
     // Calls `failure` with `error` on the next pass of the event loop.
     static void FailLater(Failure failure, std::shared_ptr<DataTypes::NetworkError> error);
 

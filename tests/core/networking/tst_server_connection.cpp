@@ -352,6 +352,29 @@ private slots:
         QCOMPARE(connection->CreateRequestForUrl("https://example.org/x").transferTimeout(), 0);
     }
 
+    // The server's time arrives only as a reply's "Date", in any of HTTP's three forms.
+    void httpDates_data()
+    {
+        QTest::addColumn<QByteArray>("date");
+        QTest::addColumn<QDateTime>("expected");
+        const QDateTime instant(QDate(2026, 11, 24), QTime(8, 49, 37), Qt::UTC);
+        QTest::newRow("current form") << QByteArray("Tue, 24 Nov 2026 08:49:37 GMT") << instant;
+        QTest::newRow("two-digit year") << QByteArray("Tuesday, 24-Nov-26 08:49:37 GMT") << instant;
+        QTest::newRow("asctime") << QByteArray("Fri Nov  6 08:49:37 2026") << instant.addDays(-18);
+        QTest::newRow("no such day") << QByteArray("Sat, 31 Feb 2026 08:49:37 GMT") << QDateTime();
+        QTest::newRow("no such hour") << QByteArray("Tue, 24 Nov 2026 24:49:37 GMT") << QDateTime();
+        QTest::newRow("another zone") << QByteArray("Tue, 24 Nov 2026 08:49:37 +0300") << QDateTime();
+        QTest::newRow("none") << QByteArray() << QDateTime();
+    }
+
+    void httpDates()
+    {
+        QFETCH(QByteArray, date);
+        QFETCH(QDateTime, expected);
+        const auto read = ServerConnection::MSecsSinceEpochFromHttpDate(date);
+        QCOMPARE(read ? QDateTime::fromMSecsSinceEpoch(*read, Qt::UTC) : QDateTime(), expected);
+    }
+
     void replyKinds_data()
     {
         QTest::addColumn<ServiceFault>("fault");

@@ -6,8 +6,10 @@
 #include "core/networking/unauthorized_error_listener.h"
 #include "core/playback_configuration_updated_observer.h"
 #include "core/user_environment.h"
+#include "core/utilities/clock.h"
 #include "tests/core/user_environment/shop_session.h"
 #include "tests/support/call_outcome.h"
+#include "tests/support/event_log.h"
 #include "tests/support/reference_service.h"
 #include "tests/support/service_fault.h"
 #include "tests/support/test_data_directory.h"
@@ -260,6 +262,7 @@ private:
     // destroyed one.
     CountingObserver twice;
     CountingObserver once;
+    QList<bool> deviceTimeTold;
 
     int PlayerVersionsOf(const QString& code)
     {
@@ -314,6 +317,7 @@ private slots:
         listener.calls.clear();
         twice.calls = 0;
         once.calls = 0;
+        deviceTimeTold.clear();
     }
 
     void cleanup()
@@ -784,6 +788,53 @@ private slots:
                      {"7 Будни", QStringLiteral("  Утро 00:00-12:00 60/80 music[11 Музыка %1covers/music.png "
                                                 "4] video[12 Видео  1] photo[13 Фото  1]")
                                      .arg(service->Origin() + QStringLiteral("files/"))}));
+    }
+
+    // The server refuses reports from a computer whose clock is more than a minute
+    // off; only its replies' "Date" says what its clock reads.
+    void deviceTimeFollowsTheServerClock_data()
+    {
+        QTest::addColumn<int>("shift");
+        QTest::addColumn<QString>("logged");
+        QTest::newRow("server two minutes ahead") << 120 << "Часы компьютера отстают от времени сервера на ";
+        QTest::newRow("server two minutes behind")
+            << -120 << "Часы компьютера спешат относительно времени сервера на ";
+        QTest::newRow("half a minute is right") << 30 << QString();
+    }
+
+    void deviceTimeFollowsTheServerClock()
+    {
+        QFETCH(int, shift);
+        QFETCH(QString, logged);
+        Environment environment;
+        SignIn(shop1, environment);
+        QVERIFY(environment);
+        // The version's reply, whose clock was right, is in.
+        QTRY_VERIFY_WITH_TIMEOUT(Tests::EventLog::Text().contains("Версия плеера успешно отправлена"),
+                                 Tests::Timeouts::Process);
+        QVERIFY(environment->DeviceTimeIsCorrect());
+        environment->SetDeviceTimeHandler([this](bool correct) { deviceTimeTold << correct; });
+        const auto wrongEntries = [] {
+            return Tests::EventLog::Entries().filter(QRegularExpression("^Часы компьютера"));
+        };
+
+        QVERIFY(service->ShiftClock(shift));
+        // Two replies, the version and the configuration: found wrong once.
+        Load(environment, true);
+        const qint64 ahead =
+            Core::Utilities::Clock::CurrentLocalDateTime().secsTo(environment->ServerDateTimeNow());
+        QVERIFY2(qAbs(ahead - shift) <= 2, qPrintable(QString::number(ahead)));
+        QCOMPARE(environment->DeviceTimeIsCorrect(), logged.isEmpty());
+        QCOMPARE(wrongEntries().size(), logged.isEmpty() ? 0 : 1);
+        QVERIFY2(logged.isEmpty() || wrongEntries().first().startsWith(logged),
+                 qPrintable(Tests::EventLog::Text()));
+
+        QVERIFY(service->ShiftClock(0));
+        Load(environment, false);
+        QVERIFY(environment->DeviceTimeIsCorrect());
+        QCOMPARE(deviceTimeTold, logged.isEmpty() ? QList<bool>() : QList<bool>({false, true}));
+        QCOMPARE(Tests::EventLog::Count("Время на компьютере снова совпадает со временем сервера"),
+                 logged.isEmpty() ? 0 : 1);
     }
 };
 
