@@ -65,6 +65,9 @@ NowPlayingWidgetDesktop::NowPlayingWidgetDesktop(QWidget* parent)
 
 NowPlayingWidgetDesktop::~NowPlayingWidgetDesktop()
 {
+    if (const auto environment = mEnvironment.lock()) {
+        environment->RemoveConfigurationUpdatedObserver(this);
+    }
     if (mOutput) {
         mOutput->Release(this);
     }
@@ -72,6 +75,72 @@ NowPlayingWidgetDesktop::~NowPlayingWidgetDesktop()
         player->RemoveObserver(this);
     }
     setSource(QUrl());
+}
+
+void NowPlayingWidgetDesktop::StartPlayer()
+{
+    QPointer<NowPlayingWidgetDesktop> self(this);
+    Core::UserEnvironment::GetSignedInEnvironment([self](std::shared_ptr<Core::UserEnvironment> environment) {
+        if (!environment) {
+            return;
+        }
+        const std::weak_ptr<Core::UserEnvironment> weak = environment;
+        const auto start = [self, weak]() {
+            const auto current = weak.lock();
+            if (!current) {
+                return;
+            }
+            const auto player = current->GetContentPlayer();
+            if (!player) {
+                return;
+            }
+            // A start at login waits for its delay (the sound system may still be
+            // coming up); the environment's timer starts the player then.
+            if (!current->PlayerStartIsDelayed()) {
+                player->Start();
+            }
+            if (self) {
+                emit self->PlayerReady();
+                self->Tick();
+            }
+        };
+        // Right after a sign-in nothing is stored yet; after a restart the stored
+        // schedule may be old. Either way the server is asked first, and what is
+        // stored plays when it cannot be reached: a shop without network still has
+        // music. Only with nothing stored is there nothing to play.
+        environment->LoadPlaybackConfiguration(
+            [start](bool, const std::string&) { start(); },
+            [self, weak, start](std::shared_ptr<Core::DataTypes::Error> error) {
+                const auto current = weak.lock();
+                if (current && !current->GetContentPlayer()) {
+                    if (self) {
+                        self->ShowLoadingError(error ? QString::fromStdString(error->message) : QString());
+                    }
+                    return;
+                }
+                start();
+            });
+    });
+}
+
+void NowPlayingWidgetDesktop::ShowLoadingError(const QString& text)
+{
+    mSituation = Situation::LoadingError;
+    SetPropertyOfRoot("situation", QStringLiteral("loadError"));
+    SetPropertyOfRoot("stateText", QStringLiteral("Не удалось загрузить расписание") +
+                                       (text.isEmpty() ? QString() : QStringLiteral(": ") + text));
+}
+
+void NowPlayingWidgetDesktop::PlaybackConfigurationUpdated(bool, const std::string& message)
+{
+    SetPropertyOfRoot("checkedText", message.empty() ? QString()
+                                                     : QStringLiteral("Расписание проверено в ") +
+                                                           QString::fromStdString(message));
+    if (mPlayer.expired()) {
+        Attach();
+    } else {
+        ShowPeriod();
+    }
 }
 
 void NowPlayingWidgetDesktop::SetContentOutput(ContentOutputDesktop* output)
@@ -170,6 +239,9 @@ void NowPlayingWidgetDesktop::Attach()
         if (!self || !environment || !self->mPlayer.expired()) {
             return;
         }
+        if (self->mEnvironment.expired()) {
+            environment->AddConfigurationUpdatedObserver(self);
+        }
         self->mEnvironment = environment;
         self->SetPropertyOfRoot("objectText",
                                 QString::fromStdString(environment->CurrentPlaybackObject().name));
@@ -179,6 +251,9 @@ void NowPlayingWidgetDesktop::Attach()
         }
         self->mPlayer = player;
         player->AddObserver(self);
+        if (self->mSituation == Situation::LoadingError) {
+            self->mSituation = Situation::Playing;
+        }
         self->ShowPeriod();
         self->ShowState(player->CurrentState());
     });
@@ -222,6 +297,38 @@ void NowPlayingWidgetDesktop::ShowNextAd()
     SetPropertyOfRoot("nextAdText", next);
 }
 
+QString NowPlayingWidgetDesktop::AdBandText(const QString& spot) const
+{
+    // The block on air is the latest one begun; which of its spots plays is found by
+    // name, as the player's state names it.
+    QString text = QStringLiteral("Реклама");
+    const auto player = mPlayer.lock();
+    if (!player) {
+        return text + QStringLiteral(" · ") + spot;
+    }
+    ListModels::AdBlocksListModel blocks;
+    blocks.SetBlocks(player->Configuration(), player->CurrentPeriodStartTime(),
+                     player->CurrentPeriodEndTime(), LocalTimeHelper::CurrentDateToString(),
+                     LocalTimeHelper::LocalTimeToSecondsFromDayStart() + 1, nullptr);
+    QModelIndex onAir;
+    for (int row = 0; row < blocks.rowCount(); ++row) {
+        const QModelIndex index = blocks.index(row);
+        if (index.data(ListModels::AdBlocksListModel::PlayedRole).toBool()) {
+            onAir = index;
+        }
+    }
+    if (!onAir.isValid()) {
+        return text + QStringLiteral(" · ") + spot;
+    }
+    text += QStringLiteral(" · блок ") + onAir.data(ListModels::AdBlocksListModel::TimeRole).toString();
+    const QStringList spots = onAir.data(ListModels::AdBlocksListModel::SpotsRole).toStringList();
+    const int position = spots.indexOf(spot);
+    if (position >= 0) {
+        text += QStringLiteral(" · %1 из %2").arg(position + 1).arg(spots.size());
+    }
+    return text;
+}
+
 QString NowPlayingWidgetDesktop::NextPeriodStart() const
 {
     const auto player = mPlayer.lock();
@@ -255,6 +362,9 @@ void NowPlayingWidgetDesktop::ShowState(const Core::ContentPlaying::PlayerState&
 
     QString situation = QStringLiteral("playing");
     QString message;
+    if (mSituation == Situation::LoadingError) {
+        return;
+    }
     if (mSituation == Situation::Finished) {
         situation = QStringLiteral("finished");
         message = QStringLiteral("На сегодня расписание закончилось. Музыка начнётся завтра по расписанию.");
@@ -289,9 +399,8 @@ void NowPlayingWidgetDesktop::ShowState(const Core::ContentPlaying::PlayerState&
         SetPropertyOfRoot("totalText", Duration(track.durationSeconds));
     }
     const bool adPlaying = clip != state.contentPlayingStates.end() && !clip->second.trackTitle.empty();
-    SetPropertyOfRoot("adText", adPlaying ? QStringLiteral("Реклама · ") +
-                                                QString::fromStdString(clip->second.trackTitle)
-                                          : QString());
+    SetPropertyOfRoot("adText",
+                      adPlaying ? AdBandText(QString::fromStdString(clip->second.trackTitle)) : QString());
     int likeStatus = static_cast<int>(LikeStatus::None);
     if (const auto player = mPlayer.lock()) {
         for (const auto& track : player->GetCurrentTracks(ContentType::Music)) {

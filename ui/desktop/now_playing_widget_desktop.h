@@ -2,6 +2,7 @@
 
 #include "core/content_playing/player_observer.h"
 #include "core/content_playing/player_state.h"
+#include "core/playback_configuration_updated_observer.h"
 #include "ui/desktop/base_widget_desktop.h"
 
 #include <QPointer>
@@ -29,7 +30,9 @@ class ContentOutputDesktop;
 // downloads; and, instead of the track, what the player is waiting for when it is
 // not playing. It follows the player's state and asks the frame for the schedule,
 // the ads list and the track list.
-class NowPlayingWidgetDesktop : public BaseWidgetDesktop, public Core::ContentPlaying::PlayerObserver
+class NowPlayingWidgetDesktop : public BaseWidgetDesktop,
+                                public Core::ContentPlaying::PlayerObserver,
+                                public Core::PlaybackConfigurationUpdatedObserver
 {
     Q_OBJECT
 
@@ -39,6 +42,12 @@ public:
 
     // Where video and photos are drawn; this screen lays them over its placeholders.
     void SetContentOutput(ContentOutputDesktop* output);
+    // Asks the server for the schedule and starts the player on it, or on the one
+    // stored when the server cannot be reached. A start at login is left to the
+    // environment's delayed start. Runs to its end even if the screen closes first.
+    void StartPlayer();
+
+    void PlaybackConfigurationUpdated(bool updated, const std::string& message) override;
 
     void PlayerDidChangeState(const Core::ContentPlaying::Player& player,
                               Core::ContentPlaying::PlayerState state) override;
@@ -48,6 +57,8 @@ public:
     void PlayerCantFindCurrentPeriod(const Core::ContentPlaying::Player& player) override;
 
 signals:
+    // The environment has a player now: the frame follows it.
+    void PlayerReady();
     void ScheduleRequested();
     void AdsRequested();
     void TracksRequested();
@@ -73,6 +84,7 @@ private:
         Playing,
         NoPeriod,
         Finished,
+        LoadingError,
     };
 
     void Attach();
@@ -81,7 +93,9 @@ private:
     void ShowNextAd();
     void SendLike(bool like);
     QString NextPeriodStart() const;
+    QString AdBandText(const QString& spot) const;
     void ShowMedia(const Core::ContentPlaying::PlayerState& state);
+    void ShowLoadingError(const QString& text);
     QRect AreaRect(const QString& objectName) const;
 
     std::weak_ptr<Core::UserEnvironment> mEnvironment;

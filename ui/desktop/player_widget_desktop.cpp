@@ -118,7 +118,9 @@ void PlayerWidgetDesktop::AttachTo(const std::shared_ptr<UserEnvironment>& envir
         }
     });
     sListeningFrame = this;
-    StartPlaying();
+    // The now-playing screen starts the player; one that exists already (a start at
+    // login, a switch of object) is followed at once.
+    FollowPlayer();
 }
 
 void PlayerWidgetDesktop::DetachFromEnvironment()
@@ -135,36 +137,6 @@ void PlayerWidgetDesktop::DetachFromEnvironment()
         sListeningFrame = nullptr;
     }
     mEnvironment.reset();
-}
-
-void PlayerWidgetDesktop::StartPlaying()
-{
-    const auto environment = mEnvironment.lock();
-    if (!environment) {
-        return;
-    }
-    // Right after a sign-in nothing is stored yet; after a restart the stored
-    // schedule may be old. Either way the server is asked first, and what is stored
-    // plays when it cannot be reached: a shop without network still has music.
-    QPointer<PlayerWidgetDesktop> self(this);
-    const auto start = [self]() {
-        if (!self) {
-            return;
-        }
-        const auto current = self->mEnvironment.lock();
-        if (!current) {
-            return;
-        }
-        const auto player = current->GetContentPlayer();
-        self->FollowPlayer();
-        // A start at login waits for its delay (the sound system may still be
-        // coming up); the environment's timer starts the player then.
-        if (player && !current->PlayerStartIsDelayed()) {
-            player->Start();
-        }
-    };
-    environment->LoadPlaybackConfiguration([start](bool, const std::string&) { start(); },
-                                           [start](std::shared_ptr<Core::DataTypes::Error>) { start(); });
 }
 
 void PlayerWidgetDesktop::FollowPlayer()
@@ -193,6 +165,13 @@ void PlayerWidgetDesktop::OpenPlayerSection()
     ShowInSection(SideBarWidgetDesktop::PlayerSection, [this]() {
         auto* nowPlaying = new NowPlayingWidgetDesktop(mInnerStack);
         nowPlaying->SetContentOutput(mOutput);
+        connect(nowPlaying, &NowPlayingWidgetDesktop::PlayerReady, this, &PlayerWidgetDesktop::FollowPlayer);
+        // The first now-playing screen of the frame starts the player; coming back to
+        // it later does not restart what the owner stopped.
+        if (!mPlayerStartAsked) {
+            mPlayerStartAsked = true;
+            nowPlaying->StartPlayer();
+        }
         connect(nowPlaying, &NowPlayingWidgetDesktop::ScheduleRequested, this,
                 &PlayerWidgetDesktop::OpenScheduleWidget);
         connect(nowPlaying, &NowPlayingWidgetDesktop::AdsRequested, this,

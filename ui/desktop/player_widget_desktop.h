@@ -75,7 +75,6 @@ private slots:
 private:
     void AttachTo(const std::shared_ptr<Core::UserEnvironment>& environment);
     void DetachFromEnvironment();
-    void StartPlaying();
     void FollowPlayer();
     void OpenContentSection(const char* section, Core::DataTypes::Playlists::PlaylistContentType type);
     // `make` creates the section's screen; a list opened from now playing stays under
@@ -95,6 +94,7 @@ private:
     std::weak_ptr<Core::UserEnvironment> mEnvironment;
     // Video and photos, kept by the frame so that they go on whatever section is open.
     ContentOutputDesktop* mOutput = nullptr;
+    bool mPlayerStartAsked = false;
     // Each account error is shown once, however many requests meet it.
     QPointer<QWidget> mUnauthorizedScreen;
     QPointer<QWidget> mObjectExportedDialog;

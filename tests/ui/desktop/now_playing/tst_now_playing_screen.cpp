@@ -44,6 +44,8 @@ private slots:
     void listsOpenAndCloseBack_data();
     void listsOpenAndCloseBack();
     void saysWhenTheNextPeriodBegins();
+    void saysWhenTheScheduleWasChecked();
+    void saysWhenNoScheduleCouldBeLoaded();
 
 private:
     // Signed in with `week` stored, `now` on the clock, and the window open as after
@@ -94,6 +96,7 @@ void TestNowPlayingScreen::init()
 
 void TestNowPlayingScreen::cleanup()
 {
+    Core::UserEnvironment::ResetTimingForTesting();
     mDriver.reset();
     mWindow.reset();
     mListener.reset();
@@ -190,6 +193,8 @@ void TestNowPlayingScreen::theAdBandShowsWhileAnAdPlays()
     QCOMPARE(Text("nextAdText"), QStringLiteral("Следующая реклама в 10:15"));
     QVERIFY(Hear(Tests::TestMedia::AdFrequency));
     QTRY_VERIFY_WITH_TIMEOUT(mDriver->Property("adBand", "visible").toBool(), Tests::Timeouts::Quick);
+    // The band names the block on air.
+    QVERIFY2(Text("adLabel").startsWith(QStringLiteral("Реклама · блок 10:15")), qPrintable(Text("adLabel")));
     // After the block the music comes back and the band goes.
     QVERIFY(Hear(Tests::TestMedia::MusicAFrequency));
     QTRY_VERIFY_WITH_TIMEOUT(!mDriver->Property("adBand", "visible").toBool(), Tests::Timeouts::Quick);
@@ -234,6 +239,36 @@ void TestNowPlayingScreen::saysWhenTheNextPeriodBegins()
         Tests::Timeouts::Process);
     QVERIFY(mDriver->Property("stateText", "visible").toBool());
     QCOMPARE(Text("periodText"), QStringLiteral("Период не идёт"));
+}
+
+void TestNowPlayingScreen::saysWhenTheScheduleWasChecked()
+{
+    // A minute of the update interval lasts a fraction of a second here.
+    Core::UserEnvironment::SetMinuteForTesting(40);
+    Open(Day(), QTime(10, 0));
+    QCOMPARE(Text("checkedText"), QString());
+    QTRY_VERIFY2_WITH_TIMEOUT(Text("checkedText").startsWith(QStringLiteral("Расписание проверено в ")),
+                              qPrintable(Text("checkedText")), Tests::Timeouts::Process);
+}
+
+void TestNowPlayingScreen::saysWhenNoScheduleCouldBeLoaded()
+{
+    // Signed in, nothing stored yet, and the server fails the schedule.
+    QVERIFY(mService->ReplaceConfiguration(QStringLiteral("shop1"), Day()) > 0);
+    Tests::ServiceFault failing(QStringLiteral("playback/configuration_v2"), QStringLiteral("status"));
+    failing.status = 500;
+    QVERIFY(mService->AddFault(failing) > 0);
+    QString error;
+    auto earlier = ShopSession::SignedIn(ShopSession::ServerOf(*mService), ShopSession::Shop(), &error);
+    QVERIFY2(earlier, qPrintable(error));
+    earlier.reset();
+    Core::UserEnvironment::ForgetProcessStateForTesting();
+    mWindow.reset(UI::Desktop::ApplicationStartUp::CreateMainWindow());
+    mDriver = std::make_unique<Tests::ScreenDriver>(mWindow.get());
+    QTRY_VERIFY2_WITH_TIMEOUT(Text("stateText").startsWith(QStringLiteral("Не удалось загрузить расписание")),
+                              qPrintable(Text("stateText")), Tests::Timeouts::Process);
+    QVERIFY(mDriver->Property("stateText", "visible").toBool());
+    QVERIFY(!mDriver->Property("trackTitleText", "visible").toBool());
 }
 
 QTEST_MAIN(TestNowPlayingScreen)

@@ -30,6 +30,8 @@ Rectangle {
     property string downloadsText: ""
     property real downloadsProgress: 1
     property string noticeText: ""
+    // When the schedule was last checked with the server.
+    property string checkedText: ""
     // The video and photo areas: the screen class lays native widgets over the two
     // placeholders while they are shown here.
     property bool videoShown: false
@@ -85,13 +87,27 @@ Rectangle {
             objectName: "objectText"
             anchors.top: period.bottom
             anchors.left: parent.left
-            anchors.right: parent.right
+            anchors.right: checked.left
+            anchors.rightMargin: UiKit.SpacingMedium
             text: root.objectText
             elide: Text.ElideRight
             font.family: UiKit.CaptionFont.family
             font.weight: UiKit.CaptionFont.weight
             font.pointSize: UiKit.CardTextPointSize
             color: UiKit.TextSecondaryColor
+        }
+        Text {
+            id: checked
+            objectName: "checkedText"
+            anchors.top: object.top
+            anchors.right: parent.right
+            text: root.checkedText
+            font.family: UiKit.CaptionFont.family
+            font.weight: UiKit.CaptionFont.weight
+            font.pointSize: UiKit.CardTextPointSize
+            color: UiKit.TextSecondaryColor
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
         }
     }
 
@@ -112,6 +128,7 @@ Rectangle {
 
         Text {
             id: adLabel
+            objectName: "adLabel"
             anchors.centerIn: parent
             width: parent.width - 2 * UiKit.SpacingMedium
             horizontalAlignment: Text.AlignHCenter
