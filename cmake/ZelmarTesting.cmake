@@ -1,7 +1,7 @@
 # Every Qt Test executable is registered through zelmar_add_test, which links it
 # against core and the test support library and gives it its environment:
 #
-#   zelmar_add_test(<name> SOURCES <files...> [NEEDS media|sound|display|service ...]
+#   zelmar_add_test(<name> SOURCES <files...> [NEEDS media|sound|display|two-screens|service ...]
 #                   [LIBRARIES <targets...>] [TIMEOUT <seconds>] [ARGS <arguments...>])
 #   zelmar_add_test(<name> EXECUTABLE <test> [NEEDS ...] [TIMEOUT <seconds>] [ARGS <arguments...>])
 #
@@ -46,6 +46,17 @@ add_test(NAME fixture.display.stop
          COMMAND ${_zelmar_fixtures}/virtual-display stop ${ZELMAR_TEST_DISPLAY_DIR})
 set_tests_properties(fixture.display.start PROPERTIES FIXTURES_SETUP zelmar_display TIMEOUT 30)
 set_tests_properties(fixture.display.stop PROPERTIES FIXTURES_CLEANUP zelmar_display TIMEOUT 30)
+
+# A second virtual display with two monitors, on the next display number.
+math(EXPR ZELMAR_TEST_TWO_SCREENS_DISPLAY "${ZELMAR_TEST_DISPLAY} + 1")
+set(ZELMAR_TEST_TWO_SCREENS_DIR ${ZELMAR_TEST_STATE_DIR}/two-screens)
+add_test(NAME fixture.two_screens.start
+         COMMAND ${_zelmar_fixtures}/virtual-display start ${ZELMAR_TEST_TWO_SCREENS_DIR}
+                 ${ZELMAR_TEST_TWO_SCREENS_DISPLAY} two-screens)
+add_test(NAME fixture.two_screens.stop
+         COMMAND ${_zelmar_fixtures}/virtual-display stop ${ZELMAR_TEST_TWO_SCREENS_DIR})
+set_tests_properties(fixture.two_screens.start PROPERTIES FIXTURES_SETUP zelmar_two_screens TIMEOUT 30)
+set_tests_properties(fixture.two_screens.stop PROPERTIES FIXTURES_CLEANUP zelmar_two_screens TIMEOUT 30)
 
 # The Qt and standard headers nearly every test includes, compiled once and reused
 # by every test executable: most of a test's build time is otherwise spent parsing
@@ -125,8 +136,14 @@ function(zelmar_add_test name)
         elseif(need STREQUAL "service")
             add_dependencies(${target} zelmar-reference-service)
             list(APPEND env "ZELMAR_REFERENCE_SERVICE=$<TARGET_FILE:zelmar-reference-service>")
-        elseif(need STREQUAL "display")
-            list(APPEND fixtures zelmar_display)
+        elseif(need STREQUAL "display" OR need STREQUAL "two-screens")
+            if(need STREQUAL "display")
+                list(APPEND fixtures zelmar_display)
+                set(display ${ZELMAR_TEST_DISPLAY})
+            else()
+                list(APPEND fixtures zelmar_two_screens)
+                set(display ${ZELMAR_TEST_TWO_SCREENS_DISPLAY})
+            endif()
             set(platform xcb)
             # Windows on the virtual display are drawn without OpenGL, by Qt and by
             # libvlc alike. Qt's GLX integration and libvlc's GL video output would
@@ -134,7 +151,7 @@ function(zelmar_add_test name)
             # and in libplacebo) in a module unloaded before LeakSanitizer reports,
             # so no suppression can name them. What the tests check (native windows,
             # video in them, libvlc's plain X11 output) does not depend on GL.
-            list(APPEND env "DISPLAY=:${ZELMAR_TEST_DISPLAY}" "QT_XCB_GL_INTEGRATION=none"
+            list(APPEND env "DISPLAY=:${display}" "QT_XCB_GL_INTEGRATION=none"
                             "LIBGL_DRIVERS_PATH=/nonexistent")
         else()
             message(FATAL_ERROR "zelmar_add_test(${name}): unknown NEEDS '${need}'")

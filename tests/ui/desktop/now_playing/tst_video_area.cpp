@@ -1,7 +1,8 @@
 // Video and photos on the now-playing screen, on the virtual display: libvlc's frames
 // reach the native area laid over the document's placeholder, the area follows the
 // placeholder when the window changes size, and a video output naming a screen that
-// is not connected keeps them in the window.
+// is not connected keeps them in the window. On a display with two monitors, the
+// other one chosen in the settings shows them full-screen.
 
 #include "core/settings.h"
 #include "core/user_environment.h"
@@ -12,8 +13,10 @@
 #include "tests/ui/support/qml_warnings.h"
 #include "tests/ui/support/screen_driver.h"
 #include "ui/desktop/application_start_up.h"
+#include "ui/desktop/content_output_desktop.h"
 #include "ui/desktop/main_window_desktop.h"
 
+#include <QGuiApplication>
 #include <QJsonArray>
 #include <QLabel>
 #include <QQuickItem>
@@ -21,6 +24,7 @@
 #include <QScreen>
 #include <QSet>
 #include <QTemporaryDir>
+#include <QWindow>
 #include <QtTest>
 
 #include <memory>
@@ -90,6 +94,7 @@ private slots:
     void framesReachTheAreaOverThePlaceholder();
     void theAreasFollowTheWindowsSize();
     void anUnpluggedOutputKeepsThemInTheWindow();
+    void anotherScreenShowsThemFullScreen();
 
 private:
     void Open();
@@ -241,6 +246,43 @@ void TestVideoArea::anUnpluggedOutputKeepsThemInTheWindow()
     QVERIFY(video);
     QTRY_VERIFY_WITH_TIMEOUT(video->isVisible(), Tests::Timeouts::Process);
     QCOMPARE(video->window(), static_cast<QWidget*>(mWindow.get()));
+    QVERIFY(!mDriver->Property(QStringLiteral("videoOutputNote"), "visible").toBool());
+    QTRY_VERIFY_WITH_TIMEOUT(ColoursShown(video) > 4, Tests::Timeouts::Playback);
+}
+
+void TestVideoArea::anotherScreenShowsThemFullScreen()
+{
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    QVERIFY2(screens.size() == 2, "this case runs on the two-monitor virtual display (NEEDS two-screens)");
+    Open();
+    QWidget* video = Output("videoOutput");
+    QVERIFY(video);
+    QTRY_VERIFY_WITH_TIMEOUT(video->isVisible(), Tests::Timeouts::Process);
+    QScreen* own = mWindow->windowHandle()->screen();
+    QScreen* other = screens.first() == own ? screens.last() : screens.first();
+
+    // What the settings screen does when the owner picks the other monitor.
+    Core::VideoOutput chosen;
+    chosen.name = other->name();
+    chosen.selected = true;
+    Core::Settings::SetVideoOutput(chosen);
+    UI::Desktop::ContentOutputDesktop::VideoOutputSettingChanged();
+    QTRY_VERIFY_WITH_TIMEOUT(video->window() != mWindow.get(), Tests::Timeouts::Quick);
+    QWidget* fullScreen = video->window();
+    QVERIFY(fullScreen->isFullScreen());
+    QCOMPARE(fullScreen->windowHandle()->screen(), other);
+    QTRY_COMPARE_WITH_TIMEOUT(mDriver->Property(QStringLiteral("videoOutputNote"), "text").toString(),
+                              QStringLiteral("Видео на экране ") + other->name(), Tests::Timeouts::Quick);
+    QVERIFY(!mDriver->Property(QStringLiteral("videoArea"), "visible").toBool());
+    QTRY_VERIFY_WITH_TIMEOUT(ColoursShown(video) > 4, Tests::Timeouts::Playback);
+
+    // Back to the window's own monitor: back over the placeholder.
+    chosen.name = own->name();
+    Core::Settings::SetVideoOutput(chosen);
+    UI::Desktop::ContentOutputDesktop::VideoOutputSettingChanged();
+    QTRY_COMPARE_WITH_TIMEOUT(video->window(), static_cast<QWidget*>(mWindow.get()), Tests::Timeouts::Quick);
+    QTRY_COMPARE_WITH_TIMEOUT(InWindow(video), Placeholder(QStringLiteral("videoArea")),
+                              Tests::Timeouts::Quick);
     QVERIFY(!mDriver->Property(QStringLiteral("videoOutputNote"), "visible").toBool());
     QTRY_VERIFY_WITH_TIMEOUT(ColoursShown(video) > 4, Tests::Timeouts::Playback);
 }
