@@ -122,6 +122,11 @@ private slots:
     void cleanup()
     {
         driver.reset();
+        // The application's window goes only after exec() has delivered the pending
+        // deletions; so does this one. A search or a reload resets the cards' model, and
+        // the grid deletes the cards it let go of later: deleted after their screen, they
+        // would leave the pictures they drew in its scene graph, which is gone by then.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         window.reset();
         ShopSession::ForgetSession();
         dataDirectory.reset();
