@@ -6,6 +6,9 @@
 #include "core/user_environment.h"
 #include "core/utilities/local_time_helper.h"
 #include "ui/desktop/content_output_desktop.h"
+#include "ui/desktop/last_period_finished_widget_desktop.h"
+#include "ui/desktop/loading_configuration_error_widget_desktop.h"
+#include "ui/desktop/set_local_time_widget_desktop.h"
 #include "ui/list_models/ad_blocks_list_model.h"
 
 #include <QQuickItem>
@@ -92,6 +95,9 @@ void NowPlayingWidgetDesktop::StartPlayer()
             }
             const auto player = current->GetContentPlayer();
             if (!player) {
+                if (self) {
+                    self->ShowLoadingError(QString());
+                }
                 return;
             }
             // A start at login waits for its delay (the sound system may still be
@@ -126,9 +132,122 @@ void NowPlayingWidgetDesktop::StartPlayer()
 void NowPlayingWidgetDesktop::ShowLoadingError(const QString& text)
 {
     mSituation = Situation::LoadingError;
+    mLoadingError = text;
     SetPropertyOfRoot("situation", QStringLiteral("loadError"));
     SetPropertyOfRoot("stateText", QStringLiteral("Не удалось загрузить расписание") +
                                        (text.isEmpty() ? QString() : QStringLiteral(": ") + text));
+    ShowPage();
+}
+
+void NowPlayingWidgetDesktop::ShowPage()
+{
+    BaseWidgetDesktop* page = nullptr;
+    if (mClockWrong) {
+        auto* clock = qobject_cast<SetLocalTimeWidgetDesktop*>(mPage);
+        if (!clock) {
+            clock = new SetLocalTimeWidgetDesktop(this);
+            connect(clock, &SetLocalTimeWidgetDesktop::CheckAgainRequested, this,
+                    &NowPlayingWidgetDesktop::CheckClockAgain);
+        }
+        if (const auto environment = mEnvironment.lock()) {
+            clock->SetServerTime(environment->ServerDateTimeNow());
+        }
+        page = clock;
+    } else if (mSituation == Situation::LoadingError) {
+        auto* error = qobject_cast<LoadingConfigurationErrorWidgetDesktop*>(mPage);
+        if (!error) {
+            error = new LoadingConfigurationErrorWidgetDesktop(this);
+            connect(error, &LoadingConfigurationErrorWidgetDesktop::RetryRequested, this, [this]() {
+                if (auto* shown = qobject_cast<LoadingConfigurationErrorWidgetDesktop*>(mPage)) {
+                    shown->SetBusy(true);
+                }
+                StartPlayer();
+            });
+        }
+        error->SetErrorText(mLoadingError);
+        error->SetBusy(false);
+        page = error;
+    } else if (mSituation == Situation::Finished) {
+        auto* finished = qobject_cast<LastPeriodFinishedWidgetDesktop*>(mPage);
+        if (!finished) {
+            finished = new LastPeriodFinishedWidgetDesktop(this);
+        }
+        finished->SetNextStart(NextDayStart());
+        page = finished;
+    }
+    if (!page) {
+        ClosePage();
+        return;
+    }
+    if (mPage != page) {
+        ClosePage();
+        mPage = page;
+    }
+    page->setGeometry(rect());
+    page->show();
+    page->raise();
+    page->setFocus();
+    PlaceMedia();
+}
+
+void NowPlayingWidgetDesktop::ClosePage()
+{
+    if (mPage) {
+        // It may be in one of its own slots.
+        mPage->hide();
+        mPage->deleteLater();
+        mPage = nullptr;
+        setFocus();
+    }
+}
+
+QDateTime NowPlayingWidgetDesktop::NextDayStart() const
+{
+    const auto player = mPlayer.lock();
+    if (!player) {
+        return {};
+    }
+    const QDate today = QDate::fromString(QString::fromStdString(LocalTimeHelper::CurrentDateToString()),
+                                          QStringLiteral("dd.MM.yyyy"));
+    QDateTime next;
+    for (const auto& day : player->Configuration().days) {
+        const QDate date = QDate::fromString(QString::fromStdString(day.date), QStringLiteral("dd.MM.yyyy"));
+        if (!date.isValid() || date <= today) {
+            continue;
+        }
+        for (const auto& period : day.periods) {
+            const QTime start =
+                QTime::fromString(QString::fromStdString(period.startTime), QStringLiteral("HH:mm"));
+            const QDateTime candidate(date, start.isValid() ? start : QTime(0, 0));
+            if (!next.isValid() || candidate < next) {
+                next = candidate;
+            }
+        }
+    }
+    return next;
+}
+
+void NowPlayingWidgetDesktop::CheckClockAgain()
+{
+    const auto environment = mEnvironment.lock();
+    auto* clock = qobject_cast<SetLocalTimeWidgetDesktop*>(mPage);
+    if (!environment || !clock) {
+        return;
+    }
+    clock->SetBusy(true);
+    // Any answer of the server brings its clock; the schedule check is one that is
+    // due anyway.
+    QPointer<NowPlayingWidgetDesktop> self(this);
+    const auto done = [self]() {
+        if (self) {
+            self->Tick();
+            if (auto* shown = qobject_cast<SetLocalTimeWidgetDesktop*>(self->mPage)) {
+                shown->SetBusy(false);
+            }
+        }
+    };
+    environment->LoadPlaybackConfiguration([done](bool, const std::string&) { done(); },
+                                           [done](std::shared_ptr<Core::DataTypes::Error>) { done(); });
 }
 
 void NowPlayingWidgetDesktop::PlaybackConfigurationUpdated(bool, const std::string& message)
@@ -178,12 +297,19 @@ void NowPlayingWidgetDesktop::PlaceMedia()
         mOutput->Release(this);
         return;
     }
+    if (mPage) {
+        mOutput->ShowOver(this, QRect(), QRect());
+        return;
+    }
     mOutput->ShowOver(this, AreaRect(QStringLiteral("videoArea")), AreaRect(QStringLiteral("photoArea")));
 }
 
 void NowPlayingWidgetDesktop::resizeEvent(QResizeEvent* event)
 {
     BaseWidgetDesktop::resizeEvent(event);
+    if (mPage) {
+        mPage->setGeometry(rect());
+    }
     PlaceMedia();
 }
 
@@ -230,6 +356,12 @@ void NowPlayingWidgetDesktop::Tick()
     } else {
         ShowNextAd();
     }
+    const auto environment = mEnvironment.lock();
+    const bool clockWrong = environment && !environment->DeviceTimeIsCorrect();
+    if (clockWrong != mClockWrong) {
+        mClockWrong = clockWrong;
+        ShowPage();
+    }
 }
 
 void NowPlayingWidgetDesktop::Attach()
@@ -253,6 +385,7 @@ void NowPlayingWidgetDesktop::Attach()
         player->AddObserver(self);
         if (self->mSituation == Situation::LoadingError) {
             self->mSituation = Situation::Playing;
+            self->ShowPage();
         }
         self->ShowPeriod();
         self->ShowState(player->CurrentState());
@@ -434,6 +567,7 @@ void NowPlayingWidgetDesktop::PlayerDidChangePeriod(const Player& player,
                                                     const Core::ContentPlaying::PlayablePeriod&)
 {
     mSituation = Situation::Playing;
+    ShowPage();
     ShowPeriod();
     ShowState(player.CurrentState());
 }
@@ -443,6 +577,7 @@ void NowPlayingWidgetDesktop::PlayerDidFinishLastPeriod(const Player& player)
     mSituation = Situation::Finished;
     SetPropertyOfRoot("periodText", QString());
     ShowState(player.CurrentState());
+    ShowPage();
 }
 
 void NowPlayingWidgetDesktop::PlayerCantFindCurrentPeriod(const Player& player)
@@ -450,6 +585,7 @@ void NowPlayingWidgetDesktop::PlayerCantFindCurrentPeriod(const Player& player)
     mSituation = Situation::NoPeriod;
     SetPropertyOfRoot("periodText", QString());
     ShowState(player.CurrentState());
+    ShowPage();
 }
 
 void NowPlayingWidgetDesktop::OnPrevious()

@@ -5,6 +5,7 @@
 #include "core/playback_configuration_updated_observer.h"
 #include "ui/desktop/base_widget_desktop.h"
 
+#include <QDateTime>
 #include <QPointer>
 #include <QRect>
 
@@ -96,12 +97,21 @@ private:
     QString AdBandText(const QString& spot) const;
     void ShowMedia(const Core::ContentPlaying::PlayerState& state);
     void ShowLoadingError(const QString& text);
+    // The page that replaces the screen's content while nothing can play as usual:
+    // the clock is wrong, nothing could be loaded, or today's schedule is over.
+    void ShowPage();
+    void ClosePage();
+    QDateTime NextDayStart() const;
+    void CheckClockAgain();
     QRect AreaRect(const QString& objectName) const;
 
     std::weak_ptr<Core::UserEnvironment> mEnvironment;
     std::weak_ptr<Core::ContentPlaying::Player> mPlayer;
     QTimer* mClock;
     QPointer<ContentOutputDesktop> mOutput;
+    QPointer<BaseWidgetDesktop> mPage;
+    QString mLoadingError;
+    bool mClockWrong = false;
     Situation mSituation = Situation::Playing;
     std::int64_t mTrackId = 0;
 };

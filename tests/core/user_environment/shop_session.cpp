@@ -141,4 +141,10 @@ void ShopSession::ForgetSession()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
+bool ShopSession::AlignServiceClock(ReferenceService& service)
+{
+    const auto shift = Core::Utilities::Clock::CurrentSecsSinceEpoch() - QDateTime::currentSecsSinceEpoch();
+    return service.ShiftClock(static_cast<int>(shift));
+}
+
 } // namespace Tests

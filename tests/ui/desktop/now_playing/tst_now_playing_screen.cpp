@@ -6,6 +6,7 @@
 #include "core/content_playing/player.h"
 #include "core/settings.h"
 #include "core/user_environment.h"
+#include "core/utilities/clock.h"
 #include "core/utilities/local_time_helper.h"
 #include "tests/core/content_playing/test_periods.h"
 #include "tests/core/content_playing/tone_timeline.h"
@@ -46,6 +47,8 @@ private slots:
     void saysWhenTheNextPeriodBegins();
     void saysWhenTheScheduleWasChecked();
     void saysWhenNoScheduleCouldBeLoaded();
+    void saysWhenTodaysScheduleIsOver();
+    void asksToSetTheClockWhenItIsWrong();
 
 private:
     // Signed in with `week` stored, `now` on the clock, and the window open as after
@@ -53,6 +56,8 @@ private:
     void Open(const QJsonObject& week, const QTime& now);
     QString Text(const QString& item) const;
     bool Hear(int frequency);
+    // How far the test has moved the player's clock from the real one.
+    static int ServiceShiftSeconds();
 
     QTemporaryDir mContent;
     std::unique_ptr<Tests::ReferenceService> mService;
@@ -110,6 +115,7 @@ void TestNowPlayingScreen::Open(const QJsonObject& week, const QTime& now)
 {
     QVERIFY(mService->ReplaceConfiguration(QStringLiteral("shop1"), week) > 0);
     Tests::TestPeriods::SetNow(now);
+    QVERIFY(ShopSession::AlignServiceClock(*mService));
     QString error;
     auto earlier = ShopSession::SignedIn(ShopSession::ServerOf(*mService), ShopSession::Shop(), &error);
     QVERIFY2(earlier, qPrintable(error));
@@ -126,6 +132,12 @@ void TestNowPlayingScreen::Open(const QJsonObject& week, const QTime& now)
 QString TestNowPlayingScreen::Text(const QString& item) const
 {
     return mDriver->Property(item, "text").toString();
+}
+
+int TestNowPlayingScreen::ServiceShiftSeconds()
+{
+    return static_cast<int>(Core::Utilities::Clock::CurrentSecsSinceEpoch() -
+                            QDateTime::currentSecsSinceEpoch());
 }
 
 bool TestNowPlayingScreen::Hear(int frequency)
@@ -254,8 +266,11 @@ void TestNowPlayingScreen::saysWhenTheScheduleWasChecked()
 void TestNowPlayingScreen::saysWhenNoScheduleCouldBeLoaded()
 {
     // Signed in, nothing stored yet, and the server fails the schedule.
+    Tests::TestPeriods::SetNow(QTime(10, 0));
+    QVERIFY(ShopSession::AlignServiceClock(*mService));
     QVERIFY(mService->ReplaceConfiguration(QStringLiteral("shop1"), Day()) > 0);
-    Tests::ServiceFault failing(QStringLiteral("playback/configuration_v2"), QStringLiteral("status"));
+    // Once: the retry then gets the schedule.
+    Tests::ServiceFault failing(QStringLiteral("playback/configuration_v2"), QStringLiteral("status"), 1);
     failing.status = 500;
     QVERIFY(mService->AddFault(failing) > 0);
     QString error;
@@ -267,8 +282,45 @@ void TestNowPlayingScreen::saysWhenNoScheduleCouldBeLoaded()
     mDriver = std::make_unique<Tests::ScreenDriver>(mWindow.get());
     QTRY_VERIFY2_WITH_TIMEOUT(Text("stateText").startsWith(QStringLiteral("Не удалось загрузить расписание")),
                               qPrintable(Text("stateText")), Tests::Timeouts::Process);
-    QVERIFY(mDriver->Property("stateText", "visible").toBool());
     QVERIFY(!mDriver->Property("trackTitleText", "visible").toBool());
+    QVERIFY(
+        mDriver->DocumentShown(QStringLiteral("player/now_playing/loading_configuration_error_widget.qml")));
+    QVERIFY(mDriver->Click(QStringLiteral("retryButton")));
+    QVERIFY(Hear(Tests::TestMedia::MusicAFrequency));
+    QTRY_VERIFY_WITH_TIMEOUT(
+        !mDriver->DocumentShown(QStringLiteral("player/now_playing/loading_configuration_error_widget.qml")),
+        Tests::Timeouts::Quick);
+    QTRY_COMPARE_WITH_TIMEOUT(Text("periodText"), QStringLiteral("День · 09:00 – 13:00"),
+                              Tests::Timeouts::Quick);
+}
+
+void TestNowPlayingScreen::saysWhenTodaysScheduleIsOver()
+{
+    // Tomorrow's day is the same week's next one in the service's schedule.
+    Open(Day(), QTime(12, 59, 57));
+    QVERIFY(Hear(Tests::TestMedia::MusicAFrequency));
+    QTRY_VERIFY2_WITH_TIMEOUT(
+        mDriver->DocumentShown(QStringLiteral("player/now_playing/last_period_finished_widget.qml")),
+        qPrintable(Text("stateText") + " / " + mDriver->CurrentDocument()), Tests::Timeouts::Playback);
+    QVERIFY(mDriver->UnnamedControls().isEmpty());
+}
+
+void TestNowPlayingScreen::asksToSetTheClockWhenItIsWrong()
+{
+    // The schedule is checked every couple of seconds here: each check brings the
+    // server's clock.
+    Core::UserEnvironment::SetMinuteForTesting(40);
+    Open(Day(), QTime(10, 0));
+    QVERIFY(Hear(Tests::TestMedia::MusicAFrequency));
+    // The server's clock three minutes ahead of the computer's.
+    QVERIFY(mService->ShiftClock(ServiceShiftSeconds() + 180));
+    const QString page = QStringLiteral("player/now_playing/set_local_time_widget.qml");
+    QTRY_VERIFY_WITH_TIMEOUT(mDriver->DocumentShown(page), Tests::Timeouts::Process);
+    // The music goes on meanwhile: only the reports and the hours are at stake.
+    QVERIFY(Hear(Tests::TestMedia::MusicAFrequency));
+    QVERIFY(mService->ShiftClock(ServiceShiftSeconds()));
+    QVERIFY(mDriver->Click(QStringLiteral("checkAgainButton")));
+    QTRY_VERIFY_WITH_TIMEOUT(!mDriver->DocumentShown(page), Tests::Timeouts::Process);
 }
 
 QTEST_MAIN(TestNowPlayingScreen)

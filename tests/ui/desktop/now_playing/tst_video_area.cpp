@@ -144,6 +144,7 @@ void TestVideoArea::Open()
 {
     QVERIFY(mService->ReplaceConfiguration(QStringLiteral("shop1"), DayWithVideoAndPhoto()) > 0);
     Tests::TestPeriods::SetNow(QTime(10, 0));
+    QVERIFY(ShopSession::AlignServiceClock(*mService));
     QString error;
     auto earlier = ShopSession::SignedIn(ShopSession::ServerOf(*mService), ShopSession::Shop(), &error);
     QVERIFY2(earlier, qPrintable(error));
