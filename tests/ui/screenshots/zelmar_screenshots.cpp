@@ -6,6 +6,7 @@
 
 #include "core/settings.h"
 #include "core/user_environment.h"
+#include "core/utilities/clock.h"
 #include "tests/support/reference_service.h"
 #include "tests/ui/support/screen_driver.h"
 #include "ui/desktop/application_start_up.h"
@@ -13,20 +14,33 @@
 #include "ui/ui_kit/ui_kit.h"
 
 #include <QApplication>
+#include <QCursor>
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QPainter>
+#include <QPixmap>
+#include <QQuickItem>
+#include <QScreen>
 #include <QTest>
 #include <QTextStream>
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace {
 
 constexpr int ScreenTimeoutMs = 15000;
+// The demo account's first point of sale, the one the walk signs in to.
+const char* const ObjectCode = "demo-cafe";
+// An advertising block is set this far ahead at least, rounded up to its minute: the
+// sign-in, the downloads and the period's start come first, and a block whose
+// minute has passed when the period starts is not played.
+constexpr int AdBlockLeadSeconds = 20;
+constexpr int AdBlockTimeoutMs = (AdBlockLeadSeconds + 60) * 1000 + ScreenTimeoutMs;
 
 class Walk
 {
@@ -44,21 +58,61 @@ public:
     int Run();
 
 private:
-    // Waits for the screen showing `document` (or the item `name`), then saves it.
-    bool Shoot(const QString& screen, const std::function<bool()>& ready);
-    bool WaitFor(const std::function<bool()>& condition, const QString& what);
+    // Now playing in one situation: what the service is made to serve before a
+    // sign-in of its own (nothing: the demo as it stands), and when the screen
+    // shows the situation.
+    struct NowPlayingState
+    {
+        QString screen;
+        std::function<void()> arrange;
+        std::function<bool()> ready;
+        int timeoutMs = ScreenTimeoutMs;
+    };
+
+    void SignedOutScreens();
+    void NowPlayingStates();
+    void PlayerScreens();
+    void NowPlayingLists();
+    void ContentScreens();
+    void AccountScreens();
+    void SettingsScreens();
+    void AccountErrors();
+    void SignUp();
+
+    // Waits for `ready`, then saves the window.
+    bool Shoot(const QString& screen, const std::function<bool()>& ready, int timeoutMs = ScreenTimeoutMs);
+    bool WaitFor(const std::function<bool()>& condition, const QString& what,
+                 int timeoutMs = ScreenTimeoutMs);
     bool Step(bool done, const QString& what);
     bool ShowsItem(const QString& name) const;
+    std::function<bool()> Document(const QString& ending) const;
+    bool MusicPlays() const;
     // "Другой сервер…" with the service's address, on the sign-in or sign-up screen.
     void ChooseService();
     void SignIn();
+    // A sign-in on the service as `arrange` leaves it; without an arrangement the
+    // plain demo's session on show serves as it is.
+    void BeginSession(const std::function<void()>& arrange);
+    // Signs out through the side bar and puts the service back as its scenario has it.
+    void EndSession();
     void RefreshUpdates();
+    // The demo point of sale's configuration with an interrupting block of its
+    // first two spots at the first whole minute AdBlockLeadSeconds away.
+    void ScheduleAdBlockSoon();
+
+    enum class Session
+    {
+        None,
+        Plain,
+        Arranged,
+    };
 
     QString mDirectory;
     QString mTheme;
     UI::Desktop::MainWindowDesktop* mWindow;
     Tests::ScreenDriver mDriver;
     Tests::ReferenceService* mService;
+    Session mSession = Session::None;
     int mFailures = 0;
 };
 
@@ -68,9 +122,28 @@ bool Walk::ShowsItem(const QString& name) const
     return item != nullptr && item->property("visible").toBool();
 }
 
-bool Walk::WaitFor(const std::function<bool()>& condition, const QString& what)
+std::function<bool()> Walk::Document(const QString& ending) const
 {
-    if (QTest::qWaitFor(condition, ScreenTimeoutMs)) {
+    return [this, ending]() {
+        return mDriver.DocumentShown(ending);
+    };
+}
+
+bool Walk::MusicPlays() const
+{
+    // A track with its title, under way, and no advertising over it.
+    return mDriver.DocumentShown(QStringLiteral("player/now_playing/now_playing_widget.qml")) &&
+           mDriver.Property(QStringLiteral("nowPlayingScreen"), "situation").toString() ==
+               QLatin1String("playing") &&
+           mDriver.Property(QStringLiteral("nowPlayingScreen"), "playing").toBool() &&
+           !mDriver.Property(QStringLiteral("trackTitleText"), "text").toString().isEmpty() &&
+           mDriver.Property(QStringLiteral("nowPlayingScreen"), "progress").toReal() > 0 &&
+           !ShowsItem(QStringLiteral("adBand"));
+}
+
+bool Walk::WaitFor(const std::function<bool()>& condition, const QString& what, int timeoutMs)
+{
+    if (QTest::qWaitFor(condition, timeoutMs)) {
         return true;
     }
     QTextStream(stderr) << "screenshots: " << mTheme << ": gave up waiting for " << what << " (showing "
@@ -89,16 +162,24 @@ bool Walk::Step(bool done, const QString& what)
     return done;
 }
 
-bool Walk::Shoot(const QString& screen, const std::function<bool()>& ready)
+bool Walk::Shoot(const QString& screen, const std::function<bool()>& ready, int timeoutMs)
 {
-    if (!WaitFor(ready, screen)) {
+    if (!WaitFor(ready, screen, timeoutMs)) {
         return false;
     }
     // Let animations that open a screen settle before the picture is taken.
     QTest::qWait(300);
     const QString file =
         QDir(mDirectory).filePath(screen + QLatin1Char('.') + mTheme + QStringLiteral(".png"));
-    if (!mWindow->grab().save(file)) {
+    QPixmap picture = mWindow->grab();
+    // libvlc draws the video straight into a native window of its own, which the
+    // widgets' rendering leaves black: that area is taken from the display.
+    auto* video = mWindow->findChild<QWidget*>(QStringLiteral("videoOutput"));
+    if (video != nullptr && video->isVisible() && video->window() == mWindow && video->screen() != nullptr) {
+        QPainter painter(&picture);
+        painter.drawPixmap(video->mapTo(mWindow, QPoint(0, 0)), video->screen()->grabWindow(video->winId()));
+    }
+    if (!picture.save(file)) {
         QTextStream(stderr) << "screenshots: cannot write " << file << "\n";
         ++mFailures;
         return false;
@@ -124,8 +205,7 @@ void Walk::ChooseService()
 
 void Walk::SignIn()
 {
-    WaitFor([this]() { return mDriver.DocumentShown(QStringLiteral("auth/sign_in_widget.qml")); },
-            QStringLiteral("the sign-in screen"));
+    WaitFor(Document(QStringLiteral("auth/sign_in_widget.qml")), QStringLiteral("the sign-in screen"));
     ChooseService();
     mDriver.SetText(QStringLiteral("loginField"), QStringLiteral("demo"));
     mDriver.SetText(QStringLiteral("passwordField"), QStringLiteral("demo"));
@@ -133,8 +213,33 @@ void Walk::SignIn()
     WaitFor([this]() { return mDriver.Item(QStringLiteral("objectCard0")) != nullptr; },
             QStringLiteral("the objects"));
     Step(mDriver.Click(QStringLiteral("objectCard0")), QStringLiteral("choose the first object"));
-    WaitFor([this]() { return mDriver.DocumentShown(QStringLiteral("player/side_bar_widget.qml")); },
-            QStringLiteral("the player frame"));
+    WaitFor(Document(QStringLiteral("player/side_bar_widget.qml")), QStringLiteral("the player frame"));
+}
+
+void Walk::BeginSession(const std::function<void()>& arrange)
+{
+    if (!arrange && mSession == Session::Plain) {
+        return;
+    }
+    EndSession();
+    if (arrange) {
+        arrange();
+    }
+    SignIn();
+    mSession = arrange ? Session::Arranged : Session::Plain;
+}
+
+void Walk::EndSession()
+{
+    if (mSession == Session::None) {
+        return;
+    }
+    Step(mDriver.Click(QStringLiteral("logoutButton")), QStringLiteral("press Выход"));
+    WaitFor(Document(QStringLiteral("skippable_dialog_widget.qml")), QStringLiteral("the sign-out dialog"));
+    Step(mDriver.Click(QStringLiteral("okButton")), QStringLiteral("press OK on the sign-out dialog"));
+    WaitFor(Document(QStringLiteral("auth/sign_in_widget.qml")), QStringLiteral("sign-in after signing out"));
+    Step(mService->Reset(), QStringLiteral("reset the service: ") + mService->ErrorString());
+    mSession = Session::None;
 }
 
 void Walk::RefreshUpdates()
@@ -147,23 +252,54 @@ void Walk::RefreshUpdates()
     });
 }
 
-int Walk::Run()
+void Walk::ScheduleAdBlockSoon()
 {
-    auto document = [this](const QString& ending) {
-        return [this, ending]() {
-            return mDriver.DocumentShown(ending);
-        };
-    };
+    QFile file(Tests::ReferenceService::SourceDirectory() + QStringLiteral("/demo/scenario/configurations/") +
+               QLatin1String(ObjectCode) + QStringLiteral(".json"));
+    if (!Step(file.open(QIODevice::ReadOnly), QStringLiteral("read the demo configuration"))) {
+        return;
+    }
+    QJsonObject configuration = QJsonDocument::fromJson(file.readAll()).object();
+    QJsonArray spots;
+    for (const QJsonValue& kind : configuration.value(QStringLiteral("content")).toArray()) {
+        if (kind.toObject().value(QStringLiteral("type")).toString() != QLatin1String("clip")) {
+            continue;
+        }
+        for (const QJsonValue& track : kind.toObject().value(QStringLiteral("tracks")).toArray()) {
+            if (spots.size() < 2) {
+                // Today and tomorrow: a minute past midnight is tomorrow's.
+                spots.append(
+                    QJsonObject{{QStringLiteral("track"), track.toObject().value(QStringLiteral("id"))},
+                                {QStringLiteral("day_offsets"), QJsonArray{0, 1}}});
+            }
+        }
+    }
+    const QTime lead = Core::Utilities::Clock::CurrentLocalDateTime().time().addSecs(AdBlockLeadSeconds);
+    const QTime start = QTime(lead.hour(), lead.minute()).addSecs(60);
+    QJsonArray ads = configuration.value(QStringLiteral("ads")).toArray();
+    ads.append(QJsonObject{{QStringLiteral("name"), QStringLiteral("Блок сейчас")},
+                           {QStringLiteral("interrupt_content"), true},
+                           {QStringLiteral("start_time_str"), start.toString(QStringLiteral("HH:mm"))},
+                           {QStringLiteral("tracks"), spots}});
+    configuration.insert(QStringLiteral("ads"), ads);
+    Step(!spots.isEmpty() && mService->ReplaceConfiguration(QLatin1String(ObjectCode), configuration) > 0,
+         QStringLiteral("give the demo an advertising block at ") + start.toString(QStringLiteral("HH:mm")) +
+             QStringLiteral(": ") + mService->ErrorString());
+}
 
-    // Signed out: sign-in, then a wrong password.
-    Shoot(QStringLiteral("sign_in"), document(QStringLiteral("auth/sign_in_widget.qml")));
+// --- Signed out ---
+
+void Walk::SignedOutScreens()
+{
+    // Sign-in, then a wrong password.
+    Shoot(QStringLiteral("sign_in"), Document(QStringLiteral("auth/sign_in_widget.qml")));
     ChooseService();
     mDriver.SetText(QStringLiteral("loginField"), QStringLiteral("demo"));
     mDriver.SetText(QStringLiteral("passwordField"), QStringLiteral("не тот"));
     Step(mDriver.Click(QStringLiteral("signInButton")), QStringLiteral("press Войти"));
     Shoot(QStringLiteral("sign_in_error"), [this]() { return ShowsItem(QStringLiteral("errorMessage")); });
 
-    // Signed in: choose the object, then the player frame and each of its sections.
+    // Signed in: choose the object, then the player frame as it first opens.
     mDriver.SetText(QStringLiteral("passwordField"), QStringLiteral("demo"));
     Step(mDriver.Click(QStringLiteral("signInButton")), QStringLiteral("press Войти"));
     Shoot(QStringLiteral("choose_object"), [this]() {
@@ -171,57 +307,234 @@ int Walk::Run()
                mDriver.Item(QStringLiteral("objectCard0")) != nullptr;
     });
     Step(mDriver.Click(QStringLiteral("objectCard0")), QStringLiteral("choose the first object"));
-    Shoot(QStringLiteral("player"), document(QStringLiteral("player/side_bar_widget.qml")));
-    const QList<QPair<QString, QString>> sections = {
-        {QStringLiteral("musicButton"), QStringLiteral("player_music")},
-        {QStringLiteral("videoButton"), QStringLiteral("player_video")},
-        {QStringLiteral("photoButton"), QStringLiteral("player_photo")},
-        {QStringLiteral("licenseButton"), QStringLiteral("player_license")},
-        {QStringLiteral("objectsButton"), QStringLiteral("player_objects")},
-        {QStringLiteral("settingsButton"), QStringLiteral("player_settings")},
+    Shoot(QStringLiteral("player"), Document(QStringLiteral("player/side_bar_widget.qml")));
+    mSession = Session::Plain;
+}
+
+// --- Now playing ---
+
+void Walk::NowPlayingStates()
+{
+    // One picture each, in a session of its own unless it needs nothing arranged.
+    // Another situation of the screen is one more entry: how the service is made
+    // to bring it about (a configuration, a fault, a shifted clock) and when the
+    // screen shows it.
+    const std::vector<NowPlayingState> states = {
+        {QStringLiteral("now_playing"), nullptr,
+         [this]() {
+             return MusicPlays();
+         }},
+        {QStringLiteral("now_playing_ad"), [this]() { ScheduleAdBlockSoon(); },
+         [this]() { return ShowsItem(QStringLiteral("adBand")); }, AdBlockTimeoutMs},
     };
-    for (const auto& [button, screen] : sections) {
-        if (Step(mDriver.Click(button), QStringLiteral("open ") + button)) {
-            Shoot(screen, []() { return true; });
+    for (const NowPlayingState& state : states) {
+        BeginSession(state.arrange);
+        Shoot(state.screen, state.ready, state.timeoutMs);
+    }
+}
+
+void Walk::PlayerScreens()
+{
+    BeginSession({});
+    NowPlayingLists();
+    ContentScreens();
+    AccountScreens();
+    SettingsScreens();
+    Step(mDriver.Click(QStringLiteral("playerButton")), QStringLiteral("open the player section"));
+    // The dialogs that follow show now playing behind them as it is once settled.
+    WaitFor([this]() { return MusicPlays(); }, QStringLiteral("music on now playing again"));
+}
+
+void Walk::NowPlayingLists()
+{
+    // The lists show what plays: the period, its blocks, the track marked.
+    WaitFor([this]() { return MusicPlays(); }, QStringLiteral("music on now playing"));
+    struct List
+    {
+        QString button;
+        QString screen;
+        QString document;
+        QString firstRow;
+    };
+    const List lists[] = {
+        {QStringLiteral("scheduleButton"), QStringLiteral("schedule"), QStringLiteral("schedule_widget.qml"),
+         QStringLiteral("periodCard0")},
+        {QStringLiteral("adsButton"), QStringLiteral("ads_list"), QStringLiteral("ads_list_widget.qml"),
+         QStringLiteral("adBlock0")},
+        {QStringLiteral("tracksButton"), QStringLiteral("track_list"),
+         QStringLiteral("music_track_list_widget.qml"), QStringLiteral("trackRow0")},
+    };
+    for (const List& list : lists) {
+        if (!Step(mDriver.Click(list.button), QStringLiteral("press ") + list.button)) {
+            continue;
+        }
+        Shoot(list.screen, [this, list]() {
+            return mDriver.DocumentShown(list.document) && mDriver.Item(list.firstRow) != nullptr;
+        });
+        Step(mDriver.Click(QStringLiteral("backButton")), QStringLiteral("press Назад on ") + list.screen);
+        WaitFor(Document(QStringLiteral("player/now_playing/now_playing_widget.qml")),
+                QStringLiteral("now playing after ") + list.screen);
+    }
+}
+
+// --- Content ---
+
+void Walk::ContentScreens()
+{
+    const auto catalogue = [this](const QString& document) {
+        return [this, document]() {
+            return mDriver.DocumentShown(document) && ShowsItem(QStringLiteral("playlistCard0")) &&
+                   !ShowsItem(QStringLiteral("loadingText"));
+        };
+    };
+    Step(mDriver.Click(QStringLiteral("musicButton")), QStringLiteral("open Музыка"));
+    Shoot(QStringLiteral("content_music"), catalogue(QStringLiteral("music_playlists_widget.qml")));
+    Step(mDriver.Click(QStringLiteral("videoTab")), QStringLiteral("open the Видео tab"));
+    Shoot(QStringLiteral("content_video"), catalogue(QStringLiteral("video_playlists_widget.qml")));
+    Step(mDriver.Click(QStringLiteral("photoTab")), QStringLiteral("open the Фото tab"));
+    Shoot(QStringLiteral("content_photo"), catalogue(QStringLiteral("photo_playlists_widget.qml")));
+    Step(mDriver.Click(QStringLiteral("musicTab")), QStringLiteral("open the Музыка tab"));
+    WaitFor(catalogue(QStringLiteral("music_playlists_widget.qml")), QStringLiteral("the music catalogue"));
+
+    // A playlist that is not active yet, so that its control offers the parts of the day.
+    QString card;
+    for (int row = 0; mDriver.Item(QStringLiteral("playlistCard%1").arg(row)) != nullptr; ++row) {
+        if (!ShowsItem(QStringLiteral("activeBadge%1").arg(row))) {
+            card = QStringLiteral("playlistCard%1").arg(row);
+            break;
         }
     }
-    Step(mDriver.Click(QStringLiteral("playerButton")), QStringLiteral("open the player section"));
+    if (!Step(!card.isEmpty() && mDriver.Click(card), QStringLiteral("open an inactive music playlist"))) {
+        return;
+    }
+    Shoot(QStringLiteral("content_playlist"), [this]() {
+        return ShowsItem(QStringLiteral("openedNameText")) && ShowsItem(QStringLiteral("trackRow0"));
+    });
+    Step(mDriver.Click(QStringLiteral("activateButton")), QStringLiteral("press Сделать активным"));
+    Shoot(QStringLiteral("playlist_control"), Document(QStringLiteral("set_playlist_widget.qml")));
+    Step(mDriver.Click(QStringLiteral("partsOfDayButton")), QStringLiteral("press Части дня"));
+    QObject* morning = mDriver.Item(QStringLiteral("morningSwitch"));
+    Step(morning != nullptr && morning->setProperty("checked", true), QStringLiteral("switch on Утро"));
+    Shoot(QStringLiteral("playlist_control_parts"), [this]() {
+        return mDriver.Property(QStringLiteral("setPlaylistScreen"), "byParts").toBool() &&
+               mDriver.Property(QStringLiteral("okButton"), "enabled").toBool();
+    });
+    Step(mDriver.Click(QStringLiteral("cancelButton")),
+         QStringLiteral("press Отмена on the playlist control"));
+    WaitFor(Document(QStringLiteral("music_playlists_widget.qml")), QStringLiteral("the playlist again"));
+    Step(mDriver.Click(QStringLiteral("backButton")), QStringLiteral("press Назад on the playlist"));
+}
 
+// --- Certificate and objects ---
+
+void Walk::AccountScreens()
+{
+    Step(mDriver.Click(QStringLiteral("licenseButton")), QStringLiteral("open Сертификат"));
+    Shoot(QStringLiteral("certificate"), [this]() {
+        return mDriver.DocumentShown(QStringLiteral("license_widget.qml")) &&
+               (mDriver.Property(QStringLiteral("certificateImage"), "status").toInt() == 1 ||
+                ShowsItem(QStringLiteral("certificateDocumentCard")) ||
+                ShowsItem(QStringLiteral("errorMessage")));
+    });
+
+    Step(mDriver.Click(QStringLiteral("objectsButton")), QStringLiteral("open Объекты"));
+    Shoot(QStringLiteral("objects"), [this]() {
+        return mDriver.DocumentShown(QStringLiteral("objects_widget.qml")) &&
+               mDriver.Item(QStringLiteral("objectRow1")) != nullptr;
+    });
+    QString other;
+    for (int row = 0; mDriver.Item(QStringLiteral("objectRow%1").arg(row)) != nullptr; ++row) {
+        if (!mDriver.Property(QStringLiteral("objectRow%1").arg(row), "current").toBool()) {
+            other = QStringLiteral("objectRow%1").arg(row);
+            break;
+        }
+    }
+    if (Step(!other.isEmpty() && mDriver.Click(other), QStringLiteral("choose the other object"))) {
+        Shoot(QStringLiteral("objects_switch"), Document(QStringLiteral("skippable_dialog_widget.qml")));
+        Step(mDriver.Click(QStringLiteral("cancelButton")), QStringLiteral("press Отмена on the switch"));
+        WaitFor(Document(QStringLiteral("objects_widget.qml")), QStringLiteral("the objects again"));
+    }
+}
+
+// --- Settings and the event log ---
+
+void Walk::SettingsScreens()
+{
+    Step(mDriver.Click(QStringLiteral("settingsButton")), QStringLiteral("open Настройки"));
+    Shoot(QStringLiteral("settings"), [this]() {
+        return mDriver.DocumentShown(QStringLiteral("settings_widget.qml")) &&
+               ShowsItem(QStringLiteral("logButton"));
+    });
+    // The page scrolls as a whole; its end is where the last groups are.
+    QQuickItem* page = nullptr;
+    if (auto* root = qobject_cast<QQuickItem*>(mDriver.Item(QStringLiteral("settingsPage")))) {
+        for (QQuickItem* child : root->childItems()) {
+            if (child->inherits("QQuickFlickable")) {
+                page = child;
+            }
+        }
+    }
+    if (Step(page != nullptr, QStringLiteral("find the settings page's scrolling"))) {
+        const qreal end = page->property("contentHeight").toReal() - page->height();
+        page->setProperty("contentY", qMax<qreal>(0, end));
+        Shoot(QStringLiteral("settings_end"),
+              [page, end]() { return page->property("contentY").toReal() >= end; });
+    }
+    Step(mDriver.Click(QStringLiteral("logButton")), QStringLiteral("press Журнал событий"));
+    Shoot(QStringLiteral("event_log"), [this]() {
+        // The view opens at the newest entries, so the first line need not exist.
+        return mDriver.DocumentShown(QStringLiteral("view_app_log_widget.qml")) &&
+               !mDriver.Property(QStringLiteral("viewAppLog"), "loading").toBool() &&
+               mDriver.Property(QStringLiteral("listView"), "count").toInt() > 0;
+    });
+    Step(mDriver.Click(QStringLiteral("backButton")), QStringLiteral("press Назад on the event log"));
+    WaitFor(Document(QStringLiteral("settings_widget.qml")), QStringLiteral("the settings again"));
+}
+
+// --- Account errors ---
+
+void Walk::AccountErrors()
+{
+    BeginSession({});
     // The sign-out dialog over the frame; Cancel keeps the frame.
     Step(mDriver.Click(QStringLiteral("logoutButton")), QStringLiteral("press Выход"));
-    Shoot(QStringLiteral("sign_out_dialog"), document(QStringLiteral("skippable_dialog_widget.qml")));
+    Shoot(QStringLiteral("sign_out_dialog"), Document(QStringLiteral("skippable_dialog_widget.qml")));
     Step(mDriver.Click(QStringLiteral("cancelButton")), QStringLiteral("press Отмена"));
 
-    // Account errors: another device signs in; the account is blocked; the object is
-    // exported. Each ends the session it interrupts, so each starts from a sign-in.
+    // Another device signs in; the account is blocked; the object is exported. Each
+    // ends the session it interrupts, so each starts from a sign-in.
     Core::UserEnvironment::SetMinuteForTesting(100);
-    const QString objectCode = QStringLiteral("demo-cafe");
+    const QString objectCode = QLatin1String(ObjectCode);
     mService->InvalidateTokens(objectCode);
     RefreshUpdates();
-    Shoot(QStringLiteral("unauth_error"), document(QStringLiteral("unauth_error_widget.qml")));
+    Shoot(QStringLiteral("unauth_error"), Document(QStringLiteral("unauth_error_widget.qml")));
     Step(mDriver.Click(QStringLiteral("okButton")), QStringLiteral("press OK on the error screen"));
 
     SignIn();
     mService->SetAccountBlocked(QStringLiteral("demo"), true);
     RefreshUpdates();
-    Shoot(QStringLiteral("account_blocked"), document(QStringLiteral("unauth_error_widget.qml")));
+    Shoot(QStringLiteral("account_blocked"), Document(QStringLiteral("unauth_error_widget.qml")));
     Step(mDriver.Click(QStringLiteral("okButton")), QStringLiteral("press OK on the blocked account screen"));
     mService->SetAccountBlocked(QStringLiteral("demo"), false);
 
     SignIn();
     mService->SetObjectExported(objectCode, true);
     RefreshUpdates();
-    Shoot(QStringLiteral("object_exported"), document(QStringLiteral("nonskippable_dialog_widget.qml")));
+    Shoot(QStringLiteral("object_exported"), Document(QStringLiteral("nonskippable_dialog_widget.qml")));
     Step(mDriver.Click(QStringLiteral("okButton")), QStringLiteral("press OK on the object-exported dialog"));
     mService->SetObjectExported(objectCode, false);
-    mDriver.Click(QStringLiteral("logoutButton"));
-    WaitFor(document(QStringLiteral("skippable_dialog_widget.qml")), QStringLiteral("the sign-out dialog"));
-    mDriver.Click(QStringLiteral("okButton"));
+    mSession = Session::Arranged;
+    EndSession();
+}
 
-    // Sign-up, every step, skipping the music styles.
-    WaitFor(document(QStringLiteral("auth/sign_in_widget.qml")), QStringLiteral("sign-in after the error"));
+// --- Sign-up ---
+
+void Walk::SignUp()
+{
+    // Every step, skipping the music styles.
+    WaitFor(Document(QStringLiteral("auth/sign_in_widget.qml")), QStringLiteral("sign-in after the error"));
     Step(mDriver.Click(QStringLiteral("signUpButton")), QStringLiteral("press Регистрация"));
-    WaitFor(document(QStringLiteral("auth/sign_up_phone_city_widget.qml")), QStringLiteral("sign-up step 1"));
+    WaitFor(Document(QStringLiteral("auth/sign_up_phone_city_widget.qml")), QStringLiteral("sign-up step 1"));
     ChooseService();
     mDriver.SetText(QStringLiteral("phoneField"), QStringLiteral("9161234567"));
     mDriver.SetText(QStringLiteral("cityField"), QStringLiteral("Ново"));
@@ -230,7 +543,7 @@ int Walk::Run()
     Step(mDriver.Click(QStringLiteral("citySuggestion0")), QStringLiteral("choose a city"));
     Step(mDriver.Click(QStringLiteral("nextButton")), QStringLiteral("press Далее on step 1"));
     Shoot(QStringLiteral("sign_up_confirm_phone"),
-          document(QStringLiteral("auth/sign_up_confirm_phone_widget.qml")));
+          Document(QStringLiteral("auth/sign_up_confirm_phone_widget.qml")));
     // The demo service sends every phone the same code, named in its scenario.
     QFile scenario(Tests::ReferenceService::SourceDirectory() +
                    QStringLiteral("/demo/scenario/service.json"));
@@ -248,16 +561,24 @@ int Walk::Run()
     Shoot(QStringLiteral("sign_up_music_styles"),
           [this]() { return ShowsItem(QStringLiteral("musicStyleChip0")); });
     Step(mDriver.Click(QStringLiteral("skipButton")), QStringLiteral("press Пропустить"));
-    Shoot(QStringLiteral("sign_up_success"), document(QStringLiteral("auth/sign_up_success_widget.qml")));
+    Shoot(QStringLiteral("sign_up_success"), Document(QStringLiteral("auth/sign_up_success_widget.qml")));
 
     Step(mDriver.Click(QStringLiteral("okButton")), QStringLiteral("press OK on sign-up success"));
-    WaitFor(document(QStringLiteral("player/side_bar_widget.qml")),
+    WaitFor(Document(QStringLiteral("player/side_bar_widget.qml")),
             QStringLiteral("the player after sign-up"));
+}
+
+int Walk::Run()
+{
+    SignedOutScreens();
+    NowPlayingStates();
+    PlayerScreens();
+    AccountErrors();
+    SignUp();
     return mFailures;
 }
 
 } // namespace
-
 int main(int argc, char* argv[])
 {
     if (argc != 3 || (qstrcmp(argv[2], "dark") != 0 && qstrcmp(argv[2], "light") != 0)) {
@@ -285,6 +606,10 @@ int main(int argc, char* argv[])
         UI::Desktop::ApplicationStartUp::CreateMainWindow());
     window->resize(UI::Desktop::MainWindowDesktop::MinimumWidth,
                    UI::Desktop::MainWindowDesktop::MinimumHeight);
+    // The pointer rests outside the window, so that no picture shows a hovered row.
+    if (QScreen* display = QGuiApplication::primaryScreen()) {
+        QCursor::setPos(display, display->geometry().bottomRight());
+    }
     Walk walk(directory, theme, window.get(), service.get());
     const int failures = walk.Run();
     Core::UserEnvironment::ReleaseCurrentEnvironment();
