@@ -242,6 +242,8 @@ ZELMAR_COLOR_VALUE(SwitchKnobColor, Surface)
 ZELMAR_COLOR_VALUE(SliderTrackColor, SurfacePressed)
 ZELMAR_COLOR_VALUE(SliderTrackColorSelected, Accent)
 ZELMAR_COLOR_VALUE(SliderHandleColor, Accent)
+// A slider switched off keeps showing its value, in grey rather than the accent.
+ZELMAR_COLOR_VALUE(SliderTrackColorSelectedDisabled, TextDisabled)
 ZELMAR_COLOR_VALUE(ChipBackground, Surface)
 ZELMAR_COLOR_VALUE(ChipBackgroundSelected, Accent)
 ZELMAR_COLOR_VALUE(ChipBorderColor, StrongLine)

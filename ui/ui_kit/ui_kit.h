@@ -116,6 +116,7 @@ public:
     ZELMAR_COLOR(SliderTrackColor, sliderTrackColor)
     ZELMAR_COLOR(SliderTrackColorSelected, sliderTrackColorSelected)
     ZELMAR_COLOR(SliderHandleColor, sliderHandleColor)
+    ZELMAR_COLOR(SliderTrackColorSelectedDisabled, sliderTrackColorSelectedDisabled)
     ZELMAR_COLOR(ChipBackground, chipBackground)
     ZELMAR_COLOR(ChipBackgroundSelected, chipBackgroundSelected)
     ZELMAR_COLOR(ChipBorderColor, chipBorderColor)

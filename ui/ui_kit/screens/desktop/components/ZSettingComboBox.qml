@@ -37,7 +37,10 @@ Item {
     ComboBox {
         id: combo
         objectName: setting.comboObjectName
+        // In line with the switches and the values of the sliders, which keep the
+        // rows' inner margin for their hover background.
         anchors.right: parent.right
+        anchors.rightMargin: UiKit.SpacingSmall
         anchors.verticalCenter: parent.verticalCenter
         width: Math.min(setting.width / 2, UiKit.AuthCardWidth * 3 / 4)
         implicitHeight: UiKit.TextFieldHeight

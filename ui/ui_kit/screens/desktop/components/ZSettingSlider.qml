@@ -70,13 +70,14 @@ Column {
             height: UiKit.SpacingUnit
             radius: height / 2
             color: UiKit.SliderTrackColor
-            opacity: slider.enabled ? 1 : UiKit.BlackoutOpacity
 
+            // Switched off, the value stays in view in grey: the accent would say
+            // the slider can be moved.
             Rectangle {
                 width: slider.visualPosition * parent.width
                 height: parent.height
                 radius: parent.radius
-                color: UiKit.SliderTrackColorSelected
+                color: slider.enabled ? UiKit.SliderTrackColorSelected : UiKit.SliderTrackColorSelectedDisabled
             }
         }
         handle: Rectangle {
@@ -85,7 +86,7 @@ Column {
             width: UiKit.IconSize
             height: width
             radius: width / 2
-            color: UiKit.SliderHandleColor
+            color: slider.enabled ? UiKit.SliderHandleColor : UiKit.SliderTrackColor
             border.width: UiKit.BorderWidth
             border.color: UiKit.CardBorderColor
             ZFocusRing { visible: slider.activeFocus && slider.focusReason === Qt.TabFocusReason }

@@ -128,6 +128,7 @@ Rectangle {
                         id: testSound
                         objectName: "testSoundButton"
                         anchors.right: parent.right
+                        anchors.rightMargin: UiKit.SpacingSmall
                         anchors.verticalCenter: parent.verticalCenter
                         variant: "secondary"
                         text: "Проверить"
@@ -195,14 +196,14 @@ Rectangle {
                                     height: band.availableHeight
                                     radius: width / 2
                                     color: UiKit.SliderTrackColor
-                                    opacity: band.enabled ? 1 : UiKit.BlackoutOpacity
 
                                     Rectangle {
                                         y: band.visualPosition * parent.height
                                         width: parent.width
                                         height: parent.height - y
                                         radius: parent.radius
-                                        color: UiKit.SliderTrackColorSelected
+                                        color: band.enabled ? UiKit.SliderTrackColorSelected
+                                                            : UiKit.SliderTrackColorSelectedDisabled
                                     }
                                 }
                                 handle: Rectangle {
