@@ -537,4 +537,10 @@ qreal UiKit::BlackoutOpacity() const
     return mDarkTheme ? 0.6 : 0.4;
 }
 
+qreal UiKit::AdsListItemPlayedOpacity() const
+{
+    // Dimmed enough to step back from the blocks still to come, still legible.
+    return 0.6;
+}
+
 } // namespace UI

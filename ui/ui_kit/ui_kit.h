@@ -177,6 +177,7 @@ public:
     ZELMAR_COLOR(SchedulePeriodBorderColorSelected, schedulePeriodBorderColorSelected)
     ZELMAR_COLOR(AdsListItemBackground, adsListItemBackground)
     ZELMAR_COLOR(AdsListItemPlayedTextColor, adsListItemPlayedTextColor)
+    ZELMAR_RATIO(AdsListItemPlayedOpacity, adsListItemPlayedOpacity)
     ZELMAR_COLOR(TrackListItemBackgroundSelected, trackListItemBackgroundSelected)
     ZELMAR_COLOR(TrackListItemHoverBackground, trackListItemHoverBackground)
     // ---- colours: content playlists ----

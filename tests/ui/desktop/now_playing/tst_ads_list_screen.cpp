@@ -1,6 +1,6 @@
 // The period's advertising as a list: which blocks belong to the period playing
 // now, in time order, which have played, which interrupt, and whether their spots
-// have arrived on this computer.
+// have arrived on this computer; late in the period it opens at the next block.
 
 #include "core/content_playing/player.h"
 #include "core/user_environment.h"
@@ -17,6 +17,8 @@
 
 #include <QAbstractItemModelTester>
 #include <QApplication>
+#include <QJsonArray>
+#include <QQuickItem>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -51,8 +53,13 @@ private slots:
     void modelTakesThePeriodsBlocks_data();
     void modelTakesThePeriodsBlocks();
     void showsTheBlocksAndTheirSpots();
+    void opensAtTheNextBlock();
 
 private:
+    // The list over the window, with `ads` in the 09:00–13:00 period and `now` on
+    // the clock; the player plays.
+    void Open(const QJsonArray& ads, const QTime& now);
+
     QTemporaryDir mContent;
     std::unique_ptr<Tests::ReferenceService> mService;
     std::unique_ptr<Tests::TestDataDirectory> mData;
@@ -133,7 +140,7 @@ void TestAdsListScreen::modelTakesThePeriodsBlocks()
     QCOMPARE(model.index(2).data(AdBlocksListModel::SpotsRole).toStringList(), QStringList{"Ролик 99"});
 }
 
-void TestAdsListScreen::showsTheBlocksAndTheirSpots()
+void TestAdsListScreen::Open(const QJsonArray& ads, const QTime& now)
 {
     mData = std::make_unique<Tests::TestDataDirectory>();
     QVERIFY(mData->IsValid());
@@ -143,9 +150,9 @@ void TestAdsListScreen::showsTheBlocksAndTheirSpots()
     QVERIFY(mService->ReplaceConfiguration(
                 QStringLiteral("shop1"),
                 ShopSession::Schedule({ShopSession::Period(QStringLiteral("День"), "09:00", "13:00", 11)},
-                                      {ShopSession::MusicPlaylist(11, QStringLiteral("Музыка"), {1})},
-                                      {ShopSession::AdBlock("11:30"), ShopSession::AdBlock("10:15")})) > 0);
-    Tests::TestPeriods::SetNow(QTime(11, 0));
+                                      {ShopSession::MusicPlaylist(11, QStringLiteral("Музыка"), {1})}, ads)) >
+            0);
+    Tests::TestPeriods::SetNow(now);
     QString error;
     auto environment = ShopSession::SignedIn(ShopSession::ServerOf(*mService), ShopSession::Shop(), &error);
     QVERIFY2(environment, qPrintable(error));
@@ -156,6 +163,11 @@ void TestAdsListScreen::showsTheBlocksAndTheirSpots()
 
     mWindow.reset(UI::Desktop::ApplicationStartUp::CreateMainWindow());
     UI::Desktop::MainWindowDesktop::PushWidget(new UI::Desktop::AdsListWidgetDesktop());
+}
+
+void TestAdsListScreen::showsTheBlocksAndTheirSpots()
+{
+    Open({ShopSession::AdBlock("11:30"), ShopSession::AdBlock("10:15")}, QTime(11, 0));
     Tests::ScreenDriver driver(mWindow.get());
     QTRY_VERIFY_WITH_TIMEOUT(driver.Item(QStringLiteral("adBlock1")), Tests::Timeouts::Process);
 
@@ -175,6 +187,31 @@ void TestAdsListScreen::showsTheBlocksAndTheirSpots()
                               QStringLiteral("все ролики загружены"), Tests::Timeouts::Playback);
     const QStringList unnamed = driver.UnnamedControls();
     QVERIFY2(unnamed.isEmpty(), qPrintable(unnamed.join(QLatin1Char('\n'))));
+}
+
+void TestAdsListScreen::opensAtTheNextBlock()
+{
+    // A block every ten minutes from 09:10: at 11:05 the twelve before 11:10 have
+    // played and fill more than the window.
+    QJsonArray ads;
+    for (QTime start(9, 10); start <= QTime(12, 50); start = start.addSecs(600)) {
+        ads.append(ShopSession::AdBlock(start.toString(QStringLiteral("HH:mm"))));
+    }
+    Open(ads, QTime(11, 5));
+    Tests::ScreenDriver driver(mWindow.get());
+    auto* view = qobject_cast<QQuickItem*>(driver.Item(QStringLiteral("listView")));
+    QVERIFY(view);
+    const auto inView = [&](const QString& block) {
+        auto* item = qobject_cast<QQuickItem*>(driver.Item(block));
+        if (item == nullptr || !item->isVisible()) {
+            return false;
+        }
+        const QRectF shown = item->mapRectToItem(view, QRectF(0, 0, item->width(), item->height()));
+        return shown.top() >= 0 && shown.bottom() <= view->height();
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(inView(QStringLiteral("adBlock12")), Tests::Timeouts::Process);
+    QVERIFY(!driver.Property(QStringLiteral("adBlock12"), "played").toBool());
+    QVERIFY(!inView(QStringLiteral("adBlock0")));
 }
 
 QTEST_MAIN(TestAdsListScreen)

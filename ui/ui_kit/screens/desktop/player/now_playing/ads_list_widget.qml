@@ -1,20 +1,50 @@
+import QtQml 2.15
 import QtQuick 2.15
 import QtQuick.Controls 2.15
 import "../../components"
 
 // The period's advertising in time order: what interrupts the music and what waits
 // for the track to end, the spots and whether they are on this computer. Blocks
-// already played are dimmed.
+// already played are dimmed; the list opens at the next block to come.
 Rectangle {
     id: root
     objectName: "adsListScreen"
 
     property var blocksModel: null
 
+    // The first block not played yet; the last one when every block has played.
+    function nextBlockRow() {
+        var row = 0;
+        while (row < playedFlags.count - 1 && playedFlags.objectAt(row) && playedFlags.objectAt(row).played)
+            ++row;
+        return row;
+    }
+    function showNextBlock() {
+        if (list.count > 0)
+            list.positionViewAtIndex(nextBlockRow(), ListView.Beginning);
+    }
+
     color: UiKit.ScreenBackgroundColor
     focus: true
     Keys.onEscapePressed: backButton.clicked()
     Component.onCompleted: forceActiveFocus()
+
+    // Whether each block has played, without a delegate in view: late in the day the
+    // played blocks fill the first screens of the list.
+    Instantiator {
+        id: playedFlags
+        model: root.blocksModel
+        delegate: QtObject {
+            readonly property bool played: model.played
+        }
+    }
+    // The screen hands in the blocks again every few seconds, which puts a list view
+    // back at its top.
+    Connections {
+        target: root.blocksModel
+        function onModelReset() { Qt.callLater(root.showNextBlock); }
+    }
+    onBlocksModelChanged: Qt.callLater(root.showNextBlock)
 
     Row {
         id: header
@@ -76,7 +106,7 @@ Rectangle {
             width: ListView.view.width
             height: content.implicitHeight + 2 * UiKit.SpacingMedium
             color: UiKit.AdsListItemBackground
-            opacity: played ? 0.6 : 1
+            opacity: played ? UiKit.AdsListItemPlayedOpacity : 1
             Accessible.role: Accessible.ListItem
             Accessible.name: "Блок " + model.time + ", " + interruptsText + (played ? ", уже прошёл" : "")
 
