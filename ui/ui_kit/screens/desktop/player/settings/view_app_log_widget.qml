@@ -116,6 +116,9 @@ Rectangle {
                 ScrollBar.vertical: ScrollBar {
                     policy: ScrollBar.AsNeeded
                     visible: size < 1
+                    // A day's log runs to thousands of lines: the handle stays big
+                    // enough to see and to take hold of.
+                    minimumSize: UiKit.IconButtonSize / Math.max(height, 1)
                     contentItem: Rectangle {
                         implicitWidth: UiKit.SpacingSmall
                         radius: width / 2
