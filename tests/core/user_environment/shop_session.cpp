@@ -141,6 +141,17 @@ void ShopSession::ForgetSession()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
+bool ShopSession::StoredAsAfterRestart(const Core::DataTypes::Auth::Server& server, QString* error)
+{
+    auto earlier = SignedIn(server, Shop(), error);
+    if (!earlier || !LoadSchedule(*earlier, error)) {
+        return false;
+    }
+    earlier.reset();
+    UserEnvironment::ForgetProcessStateForTesting();
+    return true;
+}
+
 bool ShopSession::AlignServiceClock(ReferenceService& service)
 {
     const auto shift = Core::Utilities::Clock::CurrentSecsSinceEpoch() - QDateTime::currentSecsSinceEpoch();

@@ -55,6 +55,9 @@ public:
     // What a test leaves behind for the next one: no current environment, the
     // program's own timing and clock, released environments gone.
     static void ForgetSession();
+    // Signs in to `server` with the shop, stores its schedule and forgets the
+    // environment, as after a restart: what a window opened next finds.
+    static bool StoredAsAfterRestart(const Core::DataTypes::Auth::Server& server, QString* error);
     // Moves the service's clock to the one the test set on the player's side, so
     // that a faked hour does not look like a computer clock gone wrong.
     static bool AlignServiceClock(ReferenceService& service);

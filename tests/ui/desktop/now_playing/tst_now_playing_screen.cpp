@@ -117,11 +117,7 @@ void TestNowPlayingScreen::Open(const QJsonObject& week, const QTime& now)
     Tests::TestPeriods::SetNow(now);
     QVERIFY(ShopSession::AlignServiceClock(*mService));
     QString error;
-    auto earlier = ShopSession::SignedIn(ShopSession::ServerOf(*mService), ShopSession::Shop(), &error);
-    QVERIFY2(earlier, qPrintable(error));
-    QVERIFY2(ShopSession::LoadSchedule(*earlier, &error), qPrintable(error));
-    earlier.reset();
-    Core::UserEnvironment::ForgetProcessStateForTesting();
+    QVERIFY2(ShopSession::StoredAsAfterRestart(ShopSession::ServerOf(*mService), &error), qPrintable(error));
     mWindow.reset(UI::Desktop::ApplicationStartUp::CreateMainWindow());
     mDriver = std::make_unique<Tests::ScreenDriver>(mWindow.get());
     QTRY_VERIFY_WITH_TIMEOUT(

@@ -146,11 +146,7 @@ void TestVideoArea::Open()
     Tests::TestPeriods::SetNow(QTime(10, 0));
     QVERIFY(ShopSession::AlignServiceClock(*mService));
     QString error;
-    auto earlier = ShopSession::SignedIn(ShopSession::ServerOf(*mService), ShopSession::Shop(), &error);
-    QVERIFY2(earlier, qPrintable(error));
-    QVERIFY2(ShopSession::LoadSchedule(*earlier, &error), qPrintable(error));
-    earlier.reset();
-    Core::UserEnvironment::ForgetProcessStateForTesting();
+    QVERIFY2(ShopSession::StoredAsAfterRestart(ShopSession::ServerOf(*mService), &error), qPrintable(error));
     mWindow.reset(UI::Desktop::ApplicationStartUp::CreateMainWindow());
     mWindow->show();
     QVERIFY(QTest::qWaitForWindowExposed(mWindow.get()));

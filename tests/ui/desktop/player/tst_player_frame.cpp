@@ -76,11 +76,7 @@ private:
     void OpenAfterRestart()
     {
         QString error;
-        auto earlier = ShopSession::SignedIn(server, ShopSession::Shop(), &error);
-        QVERIFY2(earlier, qPrintable(error));
-        QVERIFY2(ShopSession::LoadSchedule(*earlier, &error), qPrintable(error));
-        earlier.reset();
-        UserEnvironment::ForgetProcessStateForTesting();
+        QVERIFY2(ShopSession::StoredAsAfterRestart(server, &error), qPrintable(error));
         window.reset(UI::Desktop::ApplicationStartUp::CreateMainWindow());
         driver = std::make_unique<Tests::ScreenDriver>(window.get());
         UserEnvironment::GetSignedInEnvironment(

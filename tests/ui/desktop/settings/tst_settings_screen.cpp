@@ -191,11 +191,8 @@ private:
                     kShop, ShopSession::Schedule({ShopSession::Period("Утро", "09:00", "13:00", 11)},
                                                  {ShopSession::MusicPlaylist(11, "Музыка", tracks)})) > 0);
         QString error;
-        auto earlier = ShopSession::SignedIn(ShopSession::ServerOf(*service), ShopSession::Shop(), &error);
-        QVERIFY2(earlier, qPrintable(error));
-        QVERIFY2(ShopSession::LoadSchedule(*earlier, &error), qPrintable(error));
-        earlier.reset();
-        UserEnvironment::ForgetProcessStateForTesting();
+        QVERIFY2(ShopSession::StoredAsAfterRestart(ShopSession::ServerOf(*service), &error),
+                 qPrintable(error));
         window.reset(UI::Desktop::ApplicationStartUp::CreateMainWindow());
         driver = std::make_unique<Tests::ScreenDriver>(window.get());
         UserEnvironment::GetSignedInEnvironment(
