@@ -60,6 +60,7 @@ void ContentTabsWidgetDesktop::OnTabChosen(int type)
         return;
     }
     Open(static_cast<PlaylistContentType>(type));
+    emit TabChosen(mType);
 }
 
 void ContentTabsWidgetDesktop::Open(PlaylistContentType type)

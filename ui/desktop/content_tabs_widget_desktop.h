@@ -28,6 +28,10 @@ public:
     // The catalogue on show.
     QWidget* CurrentPlaylistsWidget() const;
 
+signals:
+    // The owner chose another tab; the side bar follows.
+    void TabChosen(Core::DataTypes::Playlists::PlaylistContentType type);
+
 private slots:
     void OnTabChosen(int type);
 

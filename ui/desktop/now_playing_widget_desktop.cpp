@@ -560,6 +560,10 @@ void NowPlayingWidgetDesktop::ShowState(const Core::ContentPlaying::PlayerState&
 
 void NowPlayingWidgetDesktop::PlayerDidChangeState(const Player&, Core::ContentPlaying::PlayerState state)
 {
+    // A block begins on the minute: the clock and the next block are brought up to
+    // date with it rather than on the screen's next tick.
+    SetPropertyOfRoot("clockText", QString::fromStdString(LocalTimeHelper::GetLocalTimeHoursMinutesString()));
+    ShowNextAd();
     ShowState(state);
 }
 

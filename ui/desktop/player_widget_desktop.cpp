@@ -236,7 +236,18 @@ void PlayerWidgetDesktop::OpenContentSection(const char* section, PlaylistConten
         }
         return;
     }
-    ShowInSection(section, [this, type]() { return new ContentTabsWidgetDesktop(type, mInnerStack); });
+    ShowInSection(section, [this, type]() {
+        auto* tabs = new ContentTabsWidgetDesktop(type, mInnerStack);
+        connect(tabs, &ContentTabsWidgetDesktop::TabChosen, this, [this](PlaylistContentType chosen) {
+            const char* chosenSection =
+                chosen == PlaylistContentType::Video   ? SideBarWidgetDesktop::VideoSection
+                : chosen == PlaylistContentType::Photo ? SideBarWidgetDesktop::PhotoSection
+                                                       : SideBarWidgetDesktop::MusicSection;
+            mCurrentSection = QString::fromLatin1(chosenSection);
+            mSideBar->SetCurrentSection(mCurrentSection);
+        });
+        return tabs;
+    });
 }
 
 void PlayerWidgetDesktop::OpenLicenseSection()

@@ -205,6 +205,21 @@ private slots:
         QCOMPARE(driver->StackSize(), 1);
     }
 
+    // The content tabs and the side bar say the same kind.
+    void contentTabsMoveTheSideBar()
+    {
+        OpenAfterRestart();
+        QVERIFY(driver->Click("musicButton"));
+        QVERIFY(driver->Click("photoTab"));
+        QTRY_VERIFY_WITH_TIMEOUT(driver->DocumentShown("player/contents/photo/photo_playlists_widget.qml"),
+                                 Tests::Timeouts::Quick);
+        QVERIFY(driver->Property("photoButton", "selected").toBool());
+        QVERIFY(!driver->Property("musicButton", "selected").toBool());
+        // The side bar's own item for the kind on show leaves the tabs as they are.
+        QVERIFY(driver->Click("photoButton"));
+        QVERIFY(driver->Property("photoTab", "selected").toBool());
+    }
+
     void signingOut_data()
     {
         QTest::addColumn<QString>("answer");

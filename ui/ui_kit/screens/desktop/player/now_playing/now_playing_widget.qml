@@ -176,7 +176,7 @@ Rectangle {
             anchors.verticalCenter: parent.verticalCenter
             visible: root.situation === "playing" &&
                      (root.videoShown || root.photoShown || root.externalOutputText.length > 0)
-            width: Math.min(parent.width * 0.42,
+            width: Math.min(parent.width * 0.36,
                             (parent.height - 2 * nameHeight - UiKit.SpacingLarge) * 16 / 9 /
                             Math.max(1, (root.videoShown ? 1 : 0) + (root.photoShown ? 1 : 0)))
             spacing: UiKit.SpacingSmall
@@ -247,7 +247,10 @@ Rectangle {
 
             Rectangle {
                 id: cover
-                width: Math.min(UiKit.TrackCoverSize, middle.height)
+                // Beside the video and photo areas the cover gives way, so that the
+                // title, the progress and the buttons keep a readable width.
+                width: Math.min(UiKit.TrackCoverSize, middle.height,
+                                media.visible ? middle.width * 0.2 : UiKit.TrackCoverSize)
                 height: width
                 radius: UiKit.CardRadius
                 color: UiKit.TrackInfoViewCoverBackground
@@ -352,7 +355,9 @@ Rectangle {
                     }
                 }
 
-                Row {
+                // Wraps the likes under the controls when the column is narrow.
+                Flow {
+                    width: parent.width
                     spacing: UiKit.SpacingSmall
                     ZIconButton {
                         objectName: "previousButton"
