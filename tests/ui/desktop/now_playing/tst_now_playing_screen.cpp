@@ -192,6 +192,26 @@ void TestNowPlayingScreen::aLikeReachesTheService()
     QTRY_VERIFY_WITH_TIMEOUT(mDriver->Property("likeButton", "checked").toBool(), Tests::Timeouts::Process);
     const QJsonArray likes = mService->Received(QStringLiteral("likes"));
     QCOMPARE(likes.size(), 1);
+    // The answer is kept with the schedule: the first track (shuffle is off) is liked
+    // in what is stored.
+    std::shared_ptr<Core::UserEnvironment> environment;
+    Core::UserEnvironment::GetSignedInEnvironment(
+        [&environment](std::shared_ptr<Core::UserEnvironment> found) { environment = std::move(found); });
+    QTRY_VERIFY_WITH_TIMEOUT(environment, Tests::Timeouts::Quick);
+    Core::DataTypes::Playback::LikeStatus stored = Core::DataTypes::Playback::LikeStatus::None;
+    bool read = false;
+    environment->StoredPlaybackConfiguration(
+        [&](Core::DataTypes::Playback::PlaybackConfiguration configuration) {
+            for (const auto& track : configuration.tracks.at(ContentType::Music)) {
+                if (track.id == 1) {
+                    stored = track.likeStatus;
+                }
+            }
+            read = true;
+        },
+        [&read](std::shared_ptr<Core::DataTypes::Error>) { read = true; });
+    QTRY_VERIFY_WITH_TIMEOUT(read, Tests::Timeouts::Quick);
+    QCOMPARE(stored, Core::DataTypes::Playback::LikeStatus::Liked);
 }
 
 void TestNowPlayingScreen::theAdBandShowsWhileAnAdPlays()

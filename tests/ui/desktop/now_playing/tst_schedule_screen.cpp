@@ -4,6 +4,7 @@
 #include "core/data_types/playback/user_facing_schedule.h"
 #include "core/user_environment.h"
 #include "tests/core/user_environment/shop_session.h"
+#include "tests/support/call_outcome.h"
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_timeouts.h"
 #include "tests/ui/support/qml_warnings.h"
@@ -15,6 +16,10 @@
 
 #include <QAbstractItemModelTester>
 #include <QApplication>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QSet>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -34,6 +39,7 @@ private slots:
     void cleanup();
     void modelGroupsPeriodsBySchedule();
     void showsTheStoredWeek();
+    void listsTheDemoWeek();
     void closesWithBackOrEscape_data();
     void closesWithBackOrEscape();
 
@@ -161,6 +167,57 @@ void TestScheduleScreen::showsTheStoredWeek()
     QVERIFY(!driver.Property(QStringLiteral("emptyText"), "visible").toBool());
     const QStringList unnamed = driver.UnnamedControls();
     QVERIFY2(unnamed.isEmpty(), qPrintable(unnamed.join(QLatin1Char('\n'))));
+}
+
+// The demo café's week, as the demo server gives it to the demo account: every
+// period it plays is on the screen.
+void TestScheduleScreen::listsTheDemoWeek()
+{
+    const QString scenario = Tests::ReferenceService::SourceDirectory() + QStringLiteral("/demo/scenario");
+    QFile file(scenario + QStringLiteral("/configurations/demo-cafe.json"));
+    QVERIFY2(file.open(QIODevice::ReadOnly), qPrintable(file.fileName()));
+    QSet<QString> expected;
+    for (const QJsonValue day :
+         QJsonDocument::fromJson(file.readAll()).object()[QStringLiteral("schedule")].toArray()) {
+        for (const QJsonValue period : day.toObject()[QStringLiteral("periods")].toArray()) {
+            expected.insert(period.toObject()[QStringLiteral("name")].toString());
+        }
+    }
+    QVERIFY(expected.size() > 1);
+
+    Tests::ReferenceService demo(scenario, mContent.path());
+    QVERIFY2(demo.Start(), qPrintable(demo.ErrorString()));
+    Core::DataTypes::Auth::PlaybackObject cafe;
+    cafe.id = 1;
+    cafe.code = "demo-cafe";
+    Tests::CallOutcome<std::shared_ptr<Core::UserEnvironment>, Core::DataTypes::Error> signIn;
+    Core::UserEnvironment::CreateAndStoreEnvironment(ShopSession::ServerOf(demo), cafe, "demo", "demo",
+                                                     signIn.Success(), signIn.Failure());
+    QTRY_VERIFY_WITH_TIMEOUT(signIn.Calls() > 0, Tests::Timeouts::Process);
+    QVERIFY2(signIn.value, qPrintable(signIn.Describe()));
+    QString error;
+    QVERIFY2(ShopSession::LoadSchedule(*signIn.value, &error), qPrintable(error));
+    std::vector<UserFacingSchedule> schedules;
+    bool answered = false;
+    signIn.value->UserFacingSchedules(
+        [&](std::vector<UserFacingSchedule> found) {
+            schedules = std::move(found);
+            answered = true;
+        },
+        [&](std::shared_ptr<Core::DataTypes::Error>) { answered = true; });
+    QTRY_VERIFY_WITH_TIMEOUT(answered, Tests::Timeouts::Quick);
+
+    mWindow.reset(UI::Desktop::ApplicationStartUp::CreateMainWindow());
+    UI::Desktop::MainWindowDesktop::PushWidget(new UI::Desktop::ScheduleWidgetDesktop(schedules));
+    Tests::ScreenDriver driver(mWindow.get());
+    QTRY_VERIFY_WITH_TIMEOUT(driver.Item(QStringLiteral("periodCard0")), Tests::Timeouts::Quick);
+    QSet<QString> shown;
+    for (int card = 0; QObject* found = driver.Item(QStringLiteral("periodCard%1").arg(card)); ++card) {
+        if (QObject* name = found->findChild<QObject*>(QStringLiteral("periodNameText"))) {
+            shown.insert(name->property("text").toString());
+        }
+    }
+    QCOMPARE(shown, expected);
 }
 
 void TestScheduleScreen::closesWithBackOrEscape_data()
