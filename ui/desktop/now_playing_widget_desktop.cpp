@@ -8,10 +8,12 @@
 #include "ui/desktop/content_output_desktop.h"
 #include "ui/desktop/last_period_finished_widget_desktop.h"
 #include "ui/desktop/loading_configuration_error_widget_desktop.h"
+#include "ui/desktop/screen_error_text.h"
 #include "ui/desktop/set_local_time_widget_desktop.h"
 #include "ui/list_models/ad_blocks_list_model.h"
 
 #include <QQuickItem>
+#include <QSet>
 #include <QTimer>
 
 namespace UI::Desktop {
@@ -100,6 +102,11 @@ void NowPlayingWidgetDesktop::StartPlayer()
                 }
                 return;
             }
+            // Watching before the start: a schedule with no period now says so
+            // while the player starts, and only once.
+            if (self) {
+                self->AttachTo(current);
+            }
             // A start at login waits for its delay (the sound system may still be
             // coming up); the environment's timer starts the player then.
             if (!current->PlayerStartIsDelayed()) {
@@ -120,7 +127,8 @@ void NowPlayingWidgetDesktop::StartPlayer()
                 const auto current = weak.lock();
                 if (current && !current->GetContentPlayer()) {
                     if (self) {
-                        self->ShowLoadingError(error ? QString::fromStdString(error->message) : QString());
+                        // The network library's English stays in the event log.
+                        self->ShowLoadingError(error ? ScreenErrorText::Wording(error) : QString());
                     }
                     return;
                 }
@@ -368,28 +376,34 @@ void NowPlayingWidgetDesktop::Attach()
 {
     QPointer<NowPlayingWidgetDesktop> self(this);
     Core::UserEnvironment::GetSignedInEnvironment([self](std::shared_ptr<Core::UserEnvironment> environment) {
-        if (!self || !environment || !self->mPlayer.expired()) {
-            return;
+        if (self && environment) {
+            self->AttachTo(environment);
         }
-        if (self->mEnvironment.expired()) {
-            environment->AddConfigurationUpdatedObserver(self);
-        }
-        self->mEnvironment = environment;
-        self->SetPropertyOfRoot("objectText",
-                                QString::fromStdString(environment->CurrentPlaybackObject().name));
-        const auto player = environment->GetContentPlayer();
-        if (!player) {
-            return;
-        }
-        self->mPlayer = player;
-        player->AddObserver(self);
-        if (self->mSituation == Situation::LoadingError) {
-            self->mSituation = Situation::Playing;
-            self->ShowPage();
-        }
-        self->ShowPeriod();
-        self->ShowState(player->CurrentState());
     });
+}
+
+void NowPlayingWidgetDesktop::AttachTo(const std::shared_ptr<Core::UserEnvironment>& environment)
+{
+    if (!mPlayer.expired()) {
+        return;
+    }
+    if (mEnvironment.expired()) {
+        environment->AddConfigurationUpdatedObserver(this);
+    }
+    mEnvironment = environment;
+    SetPropertyOfRoot("objectText", QString::fromStdString(environment->CurrentPlaybackObject().name));
+    const auto player = environment->GetContentPlayer();
+    if (!player) {
+        return;
+    }
+    mPlayer = player;
+    player->AddObserver(this);
+    if (mSituation == Situation::LoadingError) {
+        mSituation = Situation::Playing;
+        ShowPage();
+    }
+    ShowPeriod();
+    ShowState(player->CurrentState());
 }
 
 void NowPlayingWidgetDesktop::ShowPeriod()
@@ -414,10 +428,15 @@ void NowPlayingWidgetDesktop::ShowNextAd()
         SetPropertyOfRoot("nextAdText", QString());
         return;
     }
+    // A block goes on air in the very second it is due, which does not yet count as
+    // past: while one plays, the next is the one after it.
+    const auto states = player->CurrentState().contentPlayingStates;
+    const auto clip = states.find(ContentType::Clip);
+    const bool adOnAir = clip != states.end() && !clip->second.trackTitle.empty();
     ListModels::AdBlocksListModel blocks;
     blocks.SetBlocks(player->Configuration(), player->CurrentPeriodStartTime(),
                      player->CurrentPeriodEndTime(), LocalTimeHelper::CurrentDateToString(),
-                     LocalTimeHelper::LocalTimeToSecondsFromDayStart(), nullptr);
+                     LocalTimeHelper::LocalTimeToSecondsFromDayStart() + (adOnAir ? 1 : 0), nullptr);
     QString next;
     for (int row = 0; row < blocks.rowCount(); ++row) {
         const QModelIndex index = blocks.index(row);
@@ -460,6 +479,27 @@ QString NowPlayingWidgetDesktop::AdBandText(const QString& spot) const
         text += QStringLiteral(" · %1 из %2").arg(position + 1).arg(spots.size());
     }
     return text;
+}
+
+QString NowPlayingWidgetDesktop::PeriodFilesText(const Core::ContentPlaying::DownloadsInfo& downloads) const
+{
+    // The period waits for its own music, not for the rest of the week's: the count
+    // says how far that is.
+    const auto player = mPlayer.lock();
+    const std::vector<Core::DataTypes::Playback::Track> tracks =
+        player ? player->GetCurrentTracks(ContentType::Music)
+               : std::vector<Core::DataTypes::Playback::Track>();
+    QSet<std::int64_t> needed;
+    for (const auto& track : tracks) {
+        needed.insert(track.id);
+    }
+    QSet<std::int64_t> downloaded;
+    for (const auto& track : downloads.downloadedTracks) {
+        if (needed.contains(track.id)) {
+            downloaded.insert(track.id);
+        }
+    }
+    return QStringLiteral("Загружаем файлы периода: %1 из %2").arg(downloaded.size()).arg(needed.size());
 }
 
 QString NowPlayingWidgetDesktop::NextPeriodStart() const
@@ -509,9 +549,7 @@ void NowPlayingWidgetDesktop::ShowState(const Core::ContentPlaying::PlayerState&
                       : QStringLiteral("Сейчас нет периода воспроизведения. Следующий начнётся в ") + next;
     } else if (downloads != state.downloadsInfo.end() && downloads->second.waitingDownload) {
         situation = QStringLiteral("waiting");
-        message = QStringLiteral("Загружаем файлы периода: %1 из %2")
-                      .arg(downloads->second.downloaded)
-                      .arg(downloads->second.total);
+        message = PeriodFilesText(downloads->second);
     } else if (!state.playingNow) {
         situation = QStringLiteral("stopped");
         message = QStringLiteral("Воспроизведение остановлено.");

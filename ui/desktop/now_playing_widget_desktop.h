@@ -89,11 +89,13 @@ private:
     };
 
     void Attach();
+    void AttachTo(const std::shared_ptr<Core::UserEnvironment>& environment);
     void ShowState(const Core::ContentPlaying::PlayerState& state);
     void ShowPeriod();
     void ShowNextAd();
     void SendLike(bool like);
     QString NextPeriodStart() const;
+    QString PeriodFilesText(const Core::ContentPlaying::DownloadsInfo& downloads) const;
     QString AdBandText(const QString& spot) const;
     void ShowMedia(const Core::ContentPlaying::PlayerState& state);
     void ShowLoadingError(const QString& text);

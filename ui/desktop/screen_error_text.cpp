@@ -26,10 +26,17 @@ bool IsRussian(const QString& text)
 
 QString ScreenErrorText::For(const std::shared_ptr<Core::DataTypes::Error>& error)
 {
+    if (error) {
+        Core::Utilities::Logger::Log("Ошибка входа в аккаунт: " + error->ToString());
+    }
+    return Wording(error);
+}
+
+QString ScreenErrorText::Wording(const std::shared_ptr<Core::DataTypes::Error>& error)
+{
     if (!error) {
         return QString::fromUtf8(BadAnswer);
     }
-    Core::Utilities::Logger::Log("Ошибка входа в аккаунт: " + error->ToString());
     if (std::dynamic_pointer_cast<Core::DataTypes::ApiError>(error)) {
         return QString::fromStdString(error->message);
     }

@@ -16,7 +16,10 @@ class ScreenErrorText
 public:
     ScreenErrorText() = delete;
 
+    // Logs the failure as one of signing in, and words it.
     static QString For(const std::shared_ptr<Core::DataTypes::Error>& error);
+    // Only the words, for a failure that has its own entry in the event log.
+    static QString Wording(const std::shared_ptr<Core::DataTypes::Error>& error);
 
     static constexpr const char* NoConnection =
         "Нет связи с сервером. Проверьте подключение к интернету и адрес сервера, затем попробуйте ещё раз.";

@@ -1,7 +1,7 @@
 // Now playing in the player frame, against the reference service and the test sink:
 // what it says about the period and the track, the controls heard on the sink, a
 // like reaching the service, the advertising band, the lists it opens, and what it
-// says when no period plays.
+// says when no period plays or the period waits for its files.
 
 #include "core/content_playing/player.h"
 #include "core/settings.h"
@@ -19,6 +19,7 @@
 #include "tests/ui/support/screen_driver.h"
 #include "ui/desktop/application_start_up.h"
 #include "ui/desktop/main_window_desktop.h"
+#include "ui/desktop/screen_error_text.h"
 
 #include <QApplication>
 #include <QJsonArray>
@@ -44,16 +45,19 @@ private slots:
     void theAdBandShowsWhileAnAdPlays();
     void listsOpenAndCloseBack_data();
     void listsOpenAndCloseBack();
+    void saysWhenTheNextPeriodBegins_data();
     void saysWhenTheNextPeriodBegins();
+    void countsThePeriodsOwnFiles();
     void saysWhenTheScheduleWasChecked();
     void saysWhenNoScheduleCouldBeLoaded();
     void saysWhenTodaysScheduleIsOver();
     void asksToSetTheClockWhenItIsWrong();
 
 private:
-    // Signed in with `week` stored, `now` on the clock, and the window open as after
-    // a restart; true once the frame's player plays.
-    void Open(const QJsonObject& week, const QTime& now);
+    // Signed in with `week` on the service, `now` on the clock, and the window open:
+    // as after a restart with `week` stored, or right after a sign-in with nothing
+    // stored yet.
+    void Open(const QJsonObject& week, const QTime& now, bool stored = true);
     QString Text(const QString& item) const;
     bool Hear(int frequency);
     // How far the test has moved the player's clock from the real one.
@@ -111,13 +115,21 @@ void TestNowPlayingScreen::cleanup()
     QVERIFY2(warnings.isEmpty(), qPrintable(warnings.join(QLatin1Char('\n'))));
 }
 
-void TestNowPlayingScreen::Open(const QJsonObject& week, const QTime& now)
+void TestNowPlayingScreen::Open(const QJsonObject& week, const QTime& now, bool stored)
 {
     QVERIFY(mService->ReplaceConfiguration(QStringLiteral("shop1"), week) > 0);
     Tests::TestPeriods::SetNow(now);
     QVERIFY(ShopSession::AlignServiceClock(*mService));
     QString error;
-    QVERIFY2(ShopSession::StoredAsAfterRestart(ShopSession::ServerOf(*mService), &error), qPrintable(error));
+    if (stored) {
+        QVERIFY2(ShopSession::StoredAsAfterRestart(ShopSession::ServerOf(*mService), &error),
+                 qPrintable(error));
+    } else {
+        auto earlier = ShopSession::SignedIn(ShopSession::ServerOf(*mService), ShopSession::Shop(), &error);
+        QVERIFY2(earlier, qPrintable(error));
+        earlier.reset();
+        Core::UserEnvironment::ForgetProcessStateForTesting();
+    }
     mWindow.reset(UI::Desktop::ApplicationStartUp::CreateMainWindow());
     mDriver = std::make_unique<Tests::ScreenDriver>(mWindow.get());
     QTRY_VERIFY_WITH_TIMEOUT(
@@ -219,10 +231,12 @@ void TestNowPlayingScreen::theAdBandShowsWhileAnAdPlays()
     Open(Day({ShopSession::AdBlock(QStringLiteral("10:15"))}), QTime(10, 14, 57));
     QTRY_VERIFY_WITH_TIMEOUT(!Text("nextAdText").isEmpty(), Tests::Timeouts::Quick);
     QCOMPARE(Text("nextAdText"), QStringLiteral("Следующая реклама в 10:15"));
-    QVERIFY(Hear(Tests::TestMedia::AdFrequency));
-    QTRY_VERIFY_WITH_TIMEOUT(mDriver->Property("adBand", "visible").toBool(), Tests::Timeouts::Quick);
-    // The band names the block on air.
+    QTRY_VERIFY_WITH_TIMEOUT(mDriver->Property("adBand", "visible").toBool(), Tests::Timeouts::Playback);
+    // The band names the block on air, from its first second no longer announced
+    // as the next one.
     QVERIFY2(Text("adLabel").startsWith(QStringLiteral("Реклама · блок 10:15")), qPrintable(Text("adLabel")));
+    QCOMPARE(Text("nextAdText"), QString());
+    QVERIFY(Hear(Tests::TestMedia::AdFrequency));
     // After the block the music comes back and the band goes.
     QVERIFY(Hear(Tests::TestMedia::MusicAFrequency));
     QTRY_VERIFY_WITH_TIMEOUT(!mDriver->Property("adBand", "visible").toBool(), Tests::Timeouts::Quick);
@@ -255,18 +269,43 @@ void TestNowPlayingScreen::listsOpenAndCloseBack()
         Tests::Timeouts::Quick);
 }
 
+void TestNowPlayingScreen::saysWhenTheNextPeriodBegins_data()
+{
+    QTest::addColumn<bool>("stored");
+    QTest::newRow("after a restart") << true;
+    // The player is made and started in one go as the schedule arrives.
+    QTest::newRow("right after signing in") << false;
+}
+
 void TestNowPlayingScreen::saysWhenTheNextPeriodBegins()
 {
+    QFETCH(bool, stored);
     const QJsonObject week =
         ShopSession::Schedule({ShopSession::Period(QStringLiteral("Утро"), "09:00", "13:00", 11),
                                ShopSession::Period(QStringLiteral("Вечер"), "15:00", "20:00", 11)},
                               {ShopSession::MusicPlaylist(11, QStringLiteral("Музыка"), {1})});
-    Open(week, QTime(14, 0));
+    Open(week, QTime(14, 0), stored);
     QTRY_COMPARE_WITH_TIMEOUT(
         Text("stateText"), QStringLiteral("Сейчас нет периода воспроизведения. Следующий начнётся в 15:00"),
         Tests::Timeouts::Process);
     QVERIFY(mDriver->Property("stateText", "visible").toBool());
     QCOMPARE(Text("periodText"), QStringLiteral("Период не идёт"));
+}
+
+void TestNowPlayingScreen::countsThePeriodsOwnFiles()
+{
+    // The period plays track 1 alone, which the service never gives; track 2 of the
+    // schedule comes down meanwhile.
+    Tests::ServiceFault missing(QStringLiteral("media/music/music_a.mp3"), QStringLiteral("not_found"));
+    QVERIFY(mService->AddFault(missing) > 0);
+    Open(ShopSession::Schedule({ShopSession::Period(QStringLiteral("День"), "09:00", "13:00", 11)},
+                               {ShopSession::MusicPlaylist(11, QStringLiteral("Музыка"), {1}),
+                                ShopSession::MusicPlaylist(12, QStringLiteral("Другая"), {2})}),
+         QTime(10, 0));
+    QTRY_COMPARE_WITH_TIMEOUT(Text("downloadsText"), QStringLiteral("Загружено 1 из 3 файлов"),
+                              Tests::Timeouts::Process);
+    QCOMPARE(mDriver->Property("nowPlayingScreen", "situation").toString(), QStringLiteral("waiting"));
+    QCOMPARE(Text("stateText"), QStringLiteral("Загружаем файлы периода: 0 из 1"));
 }
 
 void TestNowPlayingScreen::saysWhenTheScheduleWasChecked()
@@ -281,26 +320,19 @@ void TestNowPlayingScreen::saysWhenTheScheduleWasChecked()
 
 void TestNowPlayingScreen::saysWhenNoScheduleCouldBeLoaded()
 {
-    // Signed in, nothing stored yet, and the server fails the schedule.
-    Tests::TestPeriods::SetNow(QTime(10, 0));
-    QVERIFY(ShopSession::AlignServiceClock(*mService));
-    QVERIFY(mService->ReplaceConfiguration(QStringLiteral("shop1"), Day()) > 0);
-    // Once: the retry then gets the schedule.
+    // Signed in, nothing stored yet, and the server fails the schedule once: the
+    // retry then gets it.
     Tests::ServiceFault failing(QStringLiteral("playback/configuration_v2"), QStringLiteral("status"), 1);
     failing.status = 500;
     QVERIFY(mService->AddFault(failing) > 0);
-    QString error;
-    auto earlier = ShopSession::SignedIn(ShopSession::ServerOf(*mService), ShopSession::Shop(), &error);
-    QVERIFY2(earlier, qPrintable(error));
-    earlier.reset();
-    Core::UserEnvironment::ForgetProcessStateForTesting();
-    mWindow.reset(UI::Desktop::ApplicationStartUp::CreateMainWindow());
-    mDriver = std::make_unique<Tests::ScreenDriver>(mWindow.get());
+    Open(Day(), QTime(10, 0), false);
     QTRY_VERIFY2_WITH_TIMEOUT(Text("stateText").startsWith(QStringLiteral("Не удалось загрузить расписание")),
                               qPrintable(Text("stateText")), Tests::Timeouts::Process);
     QVERIFY(!mDriver->Property("trackTitleText", "visible").toBool());
     QVERIFY(
         mDriver->DocumentShown(QStringLiteral("player/now_playing/loading_configuration_error_widget.qml")));
+    // In words the owner can act on; the network library's English is for the log.
+    QCOMPARE(Text("errorMessage"), QString::fromUtf8(UI::Desktop::ScreenErrorText::RequestFailed));
     QVERIFY(mDriver->Click(QStringLiteral("retryButton")));
     QVERIFY(Hear(Tests::TestMedia::MusicAFrequency));
     QTRY_VERIFY_WITH_TIMEOUT(
