@@ -1,7 +1,8 @@
 // Video and photos on the now-playing screen, on the virtual display: libvlc's frames
 // reach the native area laid over the document's placeholder, the area follows the
-// placeholder when the window changes size, and a video output naming a screen that
-// is not connected keeps them in the window. On a display with two monitors, the
+// placeholder when the window changes size, the track and its buttons keep clear of
+// the areas in the smallest window, and a video output naming a screen that is not
+// connected keeps them in the window. On a display with two monitors, the
 // other one chosen in the settings shows them full-screen.
 
 #include "core/settings.h"
@@ -93,13 +94,15 @@ private slots:
     void cleanup();
     void framesReachTheAreaOverThePlaceholder();
     void theAreasFollowTheWindowsSize();
+    void theTrackKeepsClearOfTheAreas();
     void anUnpluggedOutputKeepsThemInTheWindow();
     void anotherScreenShowsThemFullScreen();
 
 private:
     void Open();
     QWidget* Output(const char* name) const;
-    // The placeholder's rectangle in the main window's coordinates.
+    // A placeholder's (or any item's of the document) rectangle in the main
+    // window's coordinates.
     QRect Placeholder(const QString& name) const;
     QRect InWindow(QWidget* widget) const;
 
@@ -230,6 +233,45 @@ void TestVideoArea::theAreasFollowTheWindowsSize()
                               Tests::Timeouts::Quick);
     // 16:9, as the placeholder.
     QVERIFY(qAbs(video->width() * 9 - video->height() * 16) <= 16);
+}
+
+void TestVideoArea::theTrackKeepsClearOfTheAreas()
+{
+    Open();
+    mWindow->resize(UI::Desktop::MainWindowDesktop::MinimumWidth,
+                    UI::Desktop::MainWindowDesktop::MinimumHeight);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        !Placeholder(QStringLiteral("videoArea")).isEmpty() &&
+            !Placeholder(QStringLiteral("photoArea")).isEmpty() &&
+            !mDriver->Property(QStringLiteral("trackTitleText"), "text").toString().isEmpty(),
+        Tests::Timeouts::Process);
+    // What lies hidden, outside the window or under an area; the layout settles
+    // over a frame or two.
+    const auto misplaced = [this]() {
+        const QRect areas =
+            Placeholder(QStringLiteral("videoArea")) | Placeholder(QStringLiteral("photoArea"));
+        QStringList found;
+        for (const char* name :
+             {"trackTitleText", "progressBar", "elapsedText", "totalText", "previousButton",
+              "playPauseButton", "nextButton", "likeButton", "dislikeButton"}) {
+            const QRect item = Placeholder(QString::fromLatin1(name));
+            if (item.isEmpty() || !mWindow->rect().contains(item) || item.intersects(areas)) {
+                found << QStringLiteral("%1 at %2,%3 %4x%5")
+                             .arg(QLatin1String(name))
+                             .arg(item.x())
+                             .arg(item.y())
+                             .arg(item.width())
+                             .arg(item.height());
+            }
+        }
+        // The likes stay together, wherever they wrap.
+        if (Placeholder(QStringLiteral("likeButton")).top() !=
+            Placeholder(QStringLiteral("dislikeButton")).top()) {
+            found << QStringLiteral("the likes on two rows");
+        }
+        return found.join(QStringLiteral("; "));
+    };
+    QTRY_VERIFY2_WITH_TIMEOUT(misplaced().isEmpty(), qPrintable(misplaced()), Tests::Timeouts::Quick);
 }
 
 void TestVideoArea::anUnpluggedOutputKeepsThemInTheWindow()

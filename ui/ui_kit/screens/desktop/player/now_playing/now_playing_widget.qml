@@ -355,37 +355,43 @@ Rectangle {
                     }
                 }
 
-                // Wraps the likes under the controls when the column is narrow.
+                // The likes wrap under the controls, as a pair, when the column is
+                // narrow.
                 Flow {
                     width: parent.width
-                    spacing: UiKit.SpacingSmall
-                    ZIconButton {
-                        objectName: "previousButton"
-                        iconSource: UiKit.PreviousTrackIcon
-                        accessibleName: "Предыдущий трек"
+                    spacing: UiKit.SpacingMedium
+                    Row {
+                        spacing: UiKit.SpacingSmall
+                        ZIconButton {
+                            objectName: "previousButton"
+                            iconSource: UiKit.PreviousTrackIcon
+                            accessibleName: "Предыдущий трек"
+                        }
+                        ZIconButton {
+                            objectName: "playPauseButton"
+                            iconSource: root.playing ? UiKit.PauseIcon : UiKit.PlayIcon
+                            accessibleName: root.playing ? "Пауза" : "Играть"
+                        }
+                        ZIconButton {
+                            objectName: "nextButton"
+                            iconSource: UiKit.NextTrackIcon
+                            accessibleName: "Следующий трек"
+                        }
                     }
-                    ZIconButton {
-                        objectName: "playPauseButton"
-                        iconSource: root.playing ? UiKit.PauseIcon : UiKit.PlayIcon
-                        accessibleName: root.playing ? "Пауза" : "Играть"
-                    }
-                    ZIconButton {
-                        objectName: "nextButton"
-                        iconSource: UiKit.NextTrackIcon
-                        accessibleName: "Следующий трек"
-                    }
-                    Item { width: UiKit.SpacingLarge; height: 1 }
-                    ZIconButton {
-                        objectName: "likeButton"
-                        iconSource: root.likeStatus === UiKit.LikeStatusValueLiked ? UiKit.LikeIconSelected : UiKit.LikeIcon
-                        accessibleName: "Нравится"
-                        checked: root.likeStatus === UiKit.LikeStatusValueLiked
-                    }
-                    ZIconButton {
-                        objectName: "dislikeButton"
-                        iconSource: root.likeStatus === UiKit.LikeStatusValueDisliked ? UiKit.DislikeIconSelected : UiKit.DislikeIcon
-                        accessibleName: "Не нравится"
-                        checked: root.likeStatus === UiKit.LikeStatusValueDisliked
+                    Row {
+                        spacing: UiKit.SpacingSmall
+                        ZIconButton {
+                            objectName: "likeButton"
+                            iconSource: root.likeStatus === UiKit.LikeStatusValueLiked ? UiKit.LikeIconSelected : UiKit.LikeIcon
+                            accessibleName: "Нравится"
+                            checked: root.likeStatus === UiKit.LikeStatusValueLiked
+                        }
+                        ZIconButton {
+                            objectName: "dislikeButton"
+                            iconSource: root.likeStatus === UiKit.LikeStatusValueDisliked ? UiKit.DislikeIconSelected : UiKit.DislikeIcon
+                            accessibleName: "Не нравится"
+                            checked: root.likeStatus === UiKit.LikeStatusValueDisliked
+                        }
                     }
                 }
                 Text {
