@@ -24,6 +24,7 @@
 #include <QPixmap>
 #include <QQuickItem>
 #include <QScreen>
+#include <QSet>
 #include <QTest>
 #include <QTextStream>
 
@@ -36,11 +37,73 @@ namespace {
 constexpr int ScreenTimeoutMs = 15000;
 // The demo account's first point of sale, the one the walk signs in to.
 const char* const ObjectCode = "demo-cafe";
-// An advertising block is set this far ahead at least, rounded up to its minute: the
-// sign-in, the downloads and the period's start come first, and a block whose
+// What a picture waits for (an advertising block, the end of a period) is set this
+// far ahead at least, rounded up to its minute, as the schedule counts in minutes:
+// the sign-in, the downloads and the period's start come first, and a block whose
 // minute has passed when the period starts is not played.
-constexpr int AdBlockLeadSeconds = 20;
-constexpr int AdBlockTimeoutMs = (AdBlockLeadSeconds + 60) * 1000 + ScreenTimeoutMs;
+constexpr int LeadSeconds = 20;
+constexpr int LeadTimeoutMs = (LeadSeconds + 60) * 1000 + ScreenTimeoutMs;
+// The server's clock this far ahead of the computer's: more than the minute it
+// accepts reports in.
+constexpr int ClockShiftSeconds = 180;
+
+QTime Now()
+{
+    return Core::Utilities::Clock::CurrentLocalDateTime().time();
+}
+
+// The first whole minute at least `seconds` from now, as a schedule names it.
+QTime FirstMinuteAfter(int seconds)
+{
+    const QTime lead = Now().addSecs(seconds);
+    return QTime(lead.hour(), lead.minute()).addSecs(60);
+}
+
+// Today's periods (the days a configuration names by their offset from today).
+QJsonArray TodaysPeriods(const QJsonObject& configuration)
+{
+    for (const QJsonValue& day : configuration.value(QStringLiteral("schedule")).toArray()) {
+        if (day.toObject().value(QStringLiteral("day_offset")).toInt() == 0) {
+            return day.toObject().value(QStringLiteral("periods")).toArray();
+        }
+    }
+    return {};
+}
+
+// Today's last period, under another time.
+QJsonObject LastPeriodOfToday(const QJsonObject& configuration, const QString& start, const QString& end)
+{
+    const QJsonArray today = TodaysPeriods(configuration);
+    QJsonObject period = today.isEmpty() ? QJsonObject() : today.last().toObject();
+    period.insert(QStringLiteral("start_time_str"), start);
+    period.insert(QStringLiteral("end_time_str"), end);
+    return period;
+}
+
+// The configuration with today's day holding only `period`, and the other days
+// holding only the periods that `keep` leaves.
+QJsonObject WithToday(QJsonObject configuration, const QJsonObject& period,
+                      const std::function<bool(const QJsonObject&)>& keep)
+{
+    QJsonArray days;
+    for (const QJsonValue& value : configuration.value(QStringLiteral("schedule")).toArray()) {
+        QJsonObject day = value.toObject();
+        QJsonArray periods;
+        if (day.value(QStringLiteral("day_offset")).toInt() == 0) {
+            periods.append(period);
+        } else {
+            for (const QJsonValue& other : day.value(QStringLiteral("periods")).toArray()) {
+                if (keep(other.toObject())) {
+                    periods.append(other);
+                }
+            }
+        }
+        day.insert(QStringLiteral("periods"), periods);
+        days.append(day);
+    }
+    configuration.insert(QStringLiteral("schedule"), days);
+    return configuration;
+}
 
 class Walk
 {
@@ -87,6 +150,8 @@ private:
     bool ShowsItem(const QString& name) const;
     std::function<bool()> Document(const QString& ending) const;
     bool MusicPlays() const;
+    // What now playing's middle shows: "playing", "waiting", "noPeriod" …
+    QString Situation() const;
     // "Другой сервер…" with the service's address, on the sign-in or sign-up screen.
     void ChooseService();
     void SignIn();
@@ -96,9 +161,27 @@ private:
     // Signs out through the side bar and puts the service back as its scenario has it.
     void EndSession();
     void RefreshUpdates();
-    // The demo point of sale's configuration with an interrupting block of its
-    // first two spots at the first whole minute AdBlockLeadSeconds away.
+
+    // How the service is made to bring about a situation of now playing. Each works
+    // on the demo point of sale's configuration as its scenario has it.
+    QJsonObject DemoConfiguration();
+    void Serve(const QJsonObject& configuration, const QString& what);
+    // An interrupting block of the first two spots at the first whole minute
+    // LeadSeconds away.
     void ScheduleAdBlockSoon();
+    // The music of the period on now is never served, while every other file is:
+    // the period waits for its files with the rest of the schedule downloaded.
+    void WithholdCurrentMusic();
+    // Today's only period begins later today.
+    void ScheduleTodayLater();
+    // The schedule's only period is under way and ends at the first whole minute
+    // LeadSeconds away. (A period of a later day would follow it at once: the
+    // periods of a schedule play as one chain.)
+    void EndTodaySoon();
+    // The server fails every request for the schedule.
+    void FailSchedule();
+    // The server's clock runs ClockShiftSeconds ahead of the computer's.
+    void ShiftServerClock();
 
     enum class Session
     {
@@ -114,6 +197,9 @@ private:
     Tests::ReferenceService* mService;
     Session mSession = Session::None;
     int mFailures = 0;
+    // What now playing says once the withheld music is all that is missing.
+    QString mWaitingText;
+    QString mDownloadsText;
 };
 
 bool Walk::ShowsItem(const QString& name) const
@@ -127,6 +213,14 @@ std::function<bool()> Walk::Document(const QString& ending) const
     return [this, ending]() {
         return mDriver.DocumentShown(ending);
     };
+}
+
+QString Walk::Situation() const
+{
+    if (!mDriver.DocumentShown(QStringLiteral("player/now_playing/now_playing_widget.qml"))) {
+        return {};
+    }
+    return mDriver.Property(QStringLiteral("nowPlayingScreen"), "situation").toString();
 }
 
 bool Walk::MusicPlays() const
@@ -146,8 +240,15 @@ bool Walk::WaitFor(const std::function<bool()>& condition, const QString& what, 
     if (QTest::qWaitFor(condition, timeoutMs)) {
         return true;
     }
-    QTextStream(stderr) << "screenshots: " << mTheme << ": gave up waiting for " << what << " (showing "
-                        << mDriver.CurrentDocument() << ")\n";
+    QTextStream out(stderr);
+    out << "screenshots: " << mTheme << ": gave up waiting for " << what << " (showing "
+        << mDriver.CurrentDocument();
+    // Now playing says what it waits for itself.
+    if (!Situation().isEmpty()) {
+        out << ", " << Situation() << ": "
+            << mDriver.Property(QStringLiteral("stateText"), "text").toString();
+    }
+    out << ")\n";
     ++mFailures;
     return false;
 }
@@ -252,14 +353,26 @@ void Walk::RefreshUpdates()
     });
 }
 
-void Walk::ScheduleAdBlockSoon()
+QJsonObject Walk::DemoConfiguration()
 {
     QFile file(Tests::ReferenceService::SourceDirectory() + QStringLiteral("/demo/scenario/configurations/") +
                QLatin1String(ObjectCode) + QStringLiteral(".json"));
     if (!Step(file.open(QIODevice::ReadOnly), QStringLiteral("read the demo configuration"))) {
-        return;
+        return {};
     }
-    QJsonObject configuration = QJsonDocument::fromJson(file.readAll()).object();
+    return QJsonDocument::fromJson(file.readAll()).object();
+}
+
+void Walk::Serve(const QJsonObject& configuration, const QString& what)
+{
+    Step(!configuration.isEmpty() &&
+             mService->ReplaceConfiguration(QLatin1String(ObjectCode), configuration) > 0,
+         QStringLiteral("give the demo ") + what + QStringLiteral(": ") + mService->ErrorString());
+}
+
+void Walk::ScheduleAdBlockSoon()
+{
+    QJsonObject configuration = DemoConfiguration();
     QJsonArray spots;
     for (const QJsonValue& kind : configuration.value(QStringLiteral("content")).toArray()) {
         if (kind.toObject().value(QStringLiteral("type")).toString() != QLatin1String("clip")) {
@@ -274,17 +387,106 @@ void Walk::ScheduleAdBlockSoon()
             }
         }
     }
-    const QTime lead = Core::Utilities::Clock::CurrentLocalDateTime().time().addSecs(AdBlockLeadSeconds);
-    const QTime start = QTime(lead.hour(), lead.minute()).addSecs(60);
+    if (!Step(!spots.isEmpty(), QStringLiteral("find the demo's spots"))) {
+        return;
+    }
+    const QString start = FirstMinuteAfter(LeadSeconds).toString(QStringLiteral("HH:mm"));
     QJsonArray ads = configuration.value(QStringLiteral("ads")).toArray();
     ads.append(QJsonObject{{QStringLiteral("name"), QStringLiteral("Блок сейчас")},
                            {QStringLiteral("interrupt_content"), true},
-                           {QStringLiteral("start_time_str"), start.toString(QStringLiteral("HH:mm"))},
+                           {QStringLiteral("start_time_str"), start},
                            {QStringLiteral("tracks"), spots}});
     configuration.insert(QStringLiteral("ads"), ads);
-    Step(!spots.isEmpty() && mService->ReplaceConfiguration(QLatin1String(ObjectCode), configuration) > 0,
-         QStringLiteral("give the demo an advertising block at ") + start.toString(QStringLiteral("HH:mm")) +
-             QStringLiteral(": ") + mService->ErrorString());
+    Serve(configuration, QStringLiteral("an advertising block at ") + start);
+}
+
+void Walk::WithholdCurrentMusic()
+{
+    const QJsonObject configuration = DemoConfiguration();
+    // The period on now; one that ends at midnight ends at "00:00".
+    const QString now = Now().toString(QStringLiteral("HH:mm"));
+    int playlist = 0;
+    for (const QJsonValue& value : TodaysPeriods(configuration)) {
+        const QJsonObject period = value.toObject();
+        const QString end = period.value(QStringLiteral("end_time_str")).toString();
+        if (period.value(QStringLiteral("start_time_str")).toString() <= now &&
+            (now < end || end == QLatin1String("00:00"))) {
+            playlist = period.value(QStringLiteral("music_playlist_id")).toInt();
+        }
+    }
+    QSet<int> withheld;
+    for (const QJsonValue& value : configuration.value(QStringLiteral("playlists")).toArray()) {
+        if (value.toObject().value(QStringLiteral("id")).toInt() == playlist) {
+            for (const QJsonValue& track : value.toObject().value(QStringLiteral("tracks")).toArray()) {
+                withheld.insert(track.toInt());
+            }
+        }
+    }
+    int total = 0;
+    int faults = 0;
+    for (const QJsonValue& kind : configuration.value(QStringLiteral("content")).toArray()) {
+        if (kind.toObject().value(QStringLiteral("type")).toString() != QLatin1String("music")) {
+            continue;
+        }
+        for (const QJsonValue& value : kind.toObject().value(QStringLiteral("tracks")).toArray()) {
+            const QJsonObject track = value.toObject();
+            ++total;
+            if (withheld.contains(track.value(QStringLiteral("id")).toInt()) &&
+                mService->AddFault(Tests::ServiceFault(QStringLiteral("media/music/") +
+                                                           track.value(QStringLiteral("path")).toString(),
+                                                       QStringLiteral("not_found"))) > 0) {
+                ++faults;
+            }
+        }
+    }
+    Step(faults > 0 && faults == withheld.size(),
+         QStringLiteral("withhold the music of the period on now: ") + mService->ErrorString());
+    mWaitingText = QStringLiteral("Загружаем файлы периода: 0 из %1").arg(faults);
+    mDownloadsText = QStringLiteral("Загружено %1 из %2 файлов").arg(total - faults).arg(total);
+}
+
+void Walk::ScheduleTodayLater()
+{
+    // On the hour an hour or two ahead; late in the evening, in a couple of minutes.
+    const QTime now = Now();
+    const QTime start = now.hour() < 22 ? QTime(now.hour() + 2, 0) : FirstMinuteAfter(60);
+    if (!Step(start > now, QStringLiteral("find a time later today"))) {
+        return;
+    }
+    const QJsonObject configuration = DemoConfiguration();
+    Serve(WithToday(configuration,
+                    LastPeriodOfToday(configuration, start.toString(QStringLiteral("HH:mm")),
+                                      QStringLiteral("00:00")),
+                    [](const QJsonObject&) { return true; }),
+          QStringLiteral("one period today, at ") + start.toString(QStringLiteral("HH:mm")));
+}
+
+void Walk::EndTodaySoon()
+{
+    const QTime end = FirstMinuteAfter(LeadSeconds);
+    if (!Step(end > Now(), QStringLiteral("find a minute before midnight"))) {
+        return;
+    }
+    const QJsonObject configuration = DemoConfiguration();
+    // Nothing on the other days.
+    Serve(WithToday(configuration,
+                    LastPeriodOfToday(configuration, QStringLiteral("00:00"),
+                                      end.toString(QStringLiteral("HH:mm"))),
+                    [](const QJsonObject&) { return false; }),
+          QStringLiteral("a last period that ends at ") + end.toString(QStringLiteral("HH:mm")));
+}
+
+void Walk::FailSchedule()
+{
+    Tests::ServiceFault failing(QStringLiteral("playback/configuration_v2"), QStringLiteral("status"));
+    failing.status = 500;
+    Step(mService->AddFault(failing) > 0, QStringLiteral("fail the schedule: ") + mService->ErrorString());
+}
+
+void Walk::ShiftServerClock()
+{
+    Step(mService->ShiftClock(ClockShiftSeconds),
+         QStringLiteral("move the server's clock: ") + mService->ErrorString());
 }
 
 // --- Signed out ---
@@ -325,7 +527,39 @@ void Walk::NowPlayingStates()
              return MusicPlays();
          }},
         {QStringLiteral("now_playing_ad"), [this]() { ScheduleAdBlockSoon(); },
-         [this]() { return ShowsItem(QStringLiteral("adBand")); }, AdBlockTimeoutMs},
+         [this]() { return ShowsItem(QStringLiteral("adBand")); }, LeadTimeoutMs},
+        // Once every other file is in: the count no longer moves.
+        {QStringLiteral("now_playing_waiting"), [this]() { WithholdCurrentMusic(); },
+         [this]() {
+             return Situation() == QLatin1String("waiting") &&
+                    mDriver.Property(QStringLiteral("stateText"), "text").toString() == mWaitingText &&
+                    mDriver.Property(QStringLiteral("downloadsText"), "text").toString() == mDownloadsText;
+         }},
+        {QStringLiteral("now_playing_no_period"), [this]() { ScheduleTodayLater(); },
+         [this]() {
+             return Situation() == QLatin1String("noPeriod") &&
+                    mDriver.Property(QStringLiteral("stateText"), "text")
+                        .toString()
+                        .contains(QStringLiteral("Следующий начнётся в"));
+         }},
+        {QStringLiteral("now_playing_finished"), [this]() { EndTodaySoon(); },
+         [this]() {
+             return mDriver.DocumentShown(
+                 QStringLiteral("player/now_playing/last_period_finished_widget.qml"));
+         },
+         LeadTimeoutMs},
+        {QStringLiteral("now_playing_load_error"), [this]() { FailSchedule(); },
+         [this]() {
+             return mDriver.DocumentShown(
+                        QStringLiteral("player/now_playing/loading_configuration_error_widget.qml")) &&
+                    ShowsItem(QStringLiteral("errorMessage"));
+         }},
+        {QStringLiteral("now_playing_wrong_clock"), [this]() { ShiftServerClock(); },
+         [this]() {
+             return mDriver.DocumentShown(QStringLiteral("player/now_playing/set_local_time_widget.qml")) &&
+                    mDriver.Property(QStringLiteral("serverTimeText"), "text").toString() !=
+                        QStringLiteral("—");
+         }},
     };
     for (const NowPlayingState& state : states) {
         BeginSession(state.arrange);
