@@ -19,9 +19,7 @@ Rectangle {
         contentHeight: Math.max(height, column.height + 2 * UiKit.SpacingLarge)
         boundsBehavior: Flickable.StopAtBounds
         clip: true
-        ScrollBar.vertical: ScrollBar {
-            policy: flickable.contentHeight > flickable.height ? ScrollBar.AsNeeded : ScrollBar.AlwaysOff
-        }
+        ScrollBar.vertical: ZScrollBar {}
 
         Column {
             id: column

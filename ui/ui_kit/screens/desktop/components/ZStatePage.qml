@@ -23,9 +23,7 @@ Rectangle {
         contentHeight: Math.max(height, card.height + 2 * UiKit.SpacingLarge)
         boundsBehavior: Flickable.StopAtBounds
         clip: true
-        ScrollBar.vertical: ScrollBar {
-            policy: flickable.contentHeight > flickable.height ? ScrollBar.AsNeeded : ScrollBar.AlwaysOff
-        }
+        ScrollBar.vertical: ZScrollBar {}
 
         ZCard {
             id: card

@@ -83,14 +83,7 @@ Rectangle {
         contentHeight: content.implicitHeight + 2 * UiKit.ScreenMargin
         boundsBehavior: Flickable.StopAtBounds
         clip: true
-        ScrollBar.vertical: ScrollBar {
-            policy: ScrollBar.AsNeeded
-            contentItem: Rectangle {
-                implicitWidth: UiKit.SpacingSmall
-                radius: width / 2
-                color: UiKit.ScrollBarColor
-            }
-        }
+        ScrollBar.vertical: ZScrollBar {}
 
         Column {
             id: content

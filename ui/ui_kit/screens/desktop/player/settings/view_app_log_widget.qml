@@ -113,18 +113,9 @@ Rectangle {
                 keyNavigationEnabled: true
                 Accessible.role: Accessible.List
                 Accessible.name: "Журнал событий"
-                ScrollBar.vertical: ScrollBar {
-                    policy: ScrollBar.AsNeeded
-                    visible: size < 1
-                    // A day's log runs to thousands of lines: the handle stays big
-                    // enough to see and to take hold of.
-                    minimumSize: UiKit.IconButtonSize / Math.max(height, 1)
-                    contentItem: Rectangle {
-                        implicitWidth: UiKit.SpacingSmall
-                        radius: width / 2
-                        color: UiKit.ScrollBarColor
-                    }
-                }
+                // A day's log runs to thousands of lines: the handle stays big
+                // enough to see and to take hold of.
+                ScrollBar.vertical: ZScrollBar {}
                 delegate: Text {
                     objectName: "logLine" + index
                     width: ListView.view ? ListView.view.width - UiKit.SpacingMedium : 0
