@@ -3,10 +3,36 @@
 #include "ui/desktop/backdrop_image_provider.h"
 #include "ui/desktop/main_window_desktop.h"
 
+#include <QPainter>
+#include <QPixmap>
 #include <QQmlEngine>
+#include <QScreen>
 #include <QStackedWidget>
 
 namespace UI::Desktop {
+
+namespace {
+
+// The covered screen as it looks. A native window inside it (libvlc's video) is
+// drawn by someone else, and the widgets' own rendering leaves it black: that part
+// is taken from the display, where there is one.
+QImage Backdrop(QWidget* covered)
+{
+    QPixmap picture = covered->grab();
+    for (QWidget* child : covered->findChildren<QWidget*>()) {
+        if (child->internalWinId() == 0 || !child->isVisible() || child->screen() == nullptr) {
+            continue;
+        }
+        const QPixmap shown = child->screen()->grabWindow(child->internalWinId());
+        if (!shown.isNull()) {
+            QPainter painter(&picture);
+            painter.drawPixmap(QRect(child->mapTo(covered, QPoint(0, 0)), child->size()), shown);
+        }
+    }
+    return picture.toImage();
+}
+
+} // namespace
 
 DialogWidgetDesktop::DialogWidgetDesktop(const QUrl& document, const QString& header, const QString& text,
                                          std::function<void()> onOk, std::function<void()> onCancel,
@@ -18,7 +44,7 @@ DialogWidgetDesktop::DialogWidgetDesktop(const QUrl& document, const QString& he
     QImage backdrop;
     if (MainWindowDesktop::sInstance != nullptr) {
         if (QWidget* covered = MainWindowDesktop::sInstance->Stack()->currentWidget()) {
-            backdrop = covered->grab().toImage();
+            backdrop = Backdrop(covered);
         }
     }
     engine()->addImageProvider(QStringLiteral("backdrop"), new BackdropImageProvider(backdrop));

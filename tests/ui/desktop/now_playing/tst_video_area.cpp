@@ -1,8 +1,9 @@
 // Video and photos on the now-playing screen, on the virtual display: libvlc's frames
 // reach the native area laid over the document's placeholder, the area follows the
 // placeholder when the window changes size, the track and its buttons keep clear of
-// the areas in the smallest window, and a video output naming a screen that is not
-// connected keeps them in the window. On a display with two monitors, the
+// the areas in the smallest window, a dialog over the screen shows the video behind
+// it, and a video output naming a screen that is not connected keeps them in the
+// window. On a display with two monitors, the
 // other one chosen in the settings shows them full-screen.
 
 #include "core/settings.h"
@@ -68,18 +69,25 @@ QJsonObject DayWithVideoAndPhoto()
     return day;
 }
 
-// How many different colours a native window shows: the test video has bars of
+// How many different colours a picture shows in `area`: the test video has bars of
 // many, an empty black area one.
-int ColoursShown(QWidget* widget)
+int Colours(const QImage& image, const QRect& area)
 {
-    const QImage image = widget->screen()->grabWindow(widget->winId()).toImage();
+    const QImage part = image.copy(area);
     QSet<QRgb> colours;
-    for (int y = 0; y < image.height(); y += 4) {
-        for (int x = 0; x < image.width(); x += 4) {
-            colours.insert(image.pixel(x, y));
+    for (int y = 0; y < part.height(); y += 4) {
+        for (int x = 0; x < part.width(); x += 4) {
+            colours.insert(part.pixel(x, y));
         }
     }
     return colours.size();
+}
+
+// How many different colours a native window shows.
+int ColoursShown(QWidget* widget)
+{
+    const QImage image = widget->screen()->grabWindow(widget->winId()).toImage();
+    return Colours(image, image.rect());
 }
 
 } // namespace
@@ -95,6 +103,7 @@ private slots:
     void framesReachTheAreaOverThePlaceholder();
     void theAreasFollowTheWindowsSize();
     void theTrackKeepsClearOfTheAreas();
+    void aDialogShowsTheVideoBehindIt();
     void anUnpluggedOutputKeepsThemInTheWindow();
     void anotherScreenShowsThemFullScreen();
 
@@ -272,6 +281,25 @@ void TestVideoArea::theTrackKeepsClearOfTheAreas()
         return found.join(QStringLiteral("; "));
     };
     QTRY_VERIFY2_WITH_TIMEOUT(misplaced().isEmpty(), qPrintable(misplaced()), Tests::Timeouts::Quick);
+}
+
+void TestVideoArea::aDialogShowsTheVideoBehindIt()
+{
+    Open();
+    QWidget* video = Output("videoOutput");
+    QVERIFY(video);
+    QTRY_VERIFY_WITH_TIMEOUT(video->isVisible() && ColoursShown(video) > 4, Tests::Timeouts::Playback);
+    const QRect area = InWindow(video);
+    QVERIFY(mDriver->Click(QStringLiteral("logoutButton")));
+    QTRY_VERIFY_WITH_TIMEOUT(mDriver->DocumentShown(QStringLiteral("skippable_dialog_widget.qml")),
+                             Tests::Timeouts::Quick);
+    // The dialog is a picture of the screen it covers, dimmed: the frames there too,
+    // not the black of a native window that the widgets' own rendering leaves.
+    auto* dialog = qobject_cast<QQuickWidget*>(mDriver->CurrentScreen());
+    QVERIFY(dialog);
+    const QRect inDialog(dialog->mapFrom(mWindow.get(), area.topLeft()), area.size());
+    QTRY_VERIFY_WITH_TIMEOUT(Colours(dialog->grabFramebuffer(), inDialog) > 4, Tests::Timeouts::Quick);
+    QVERIFY(mDriver->Click(QStringLiteral("cancelButton")));
 }
 
 void TestVideoArea::anUnpluggedOutputKeepsThemInTheWindow()
