@@ -83,9 +83,13 @@ libvlc_instance_t* VlcWrapper::GetVlcInstance()
 {
     if (sInstance == nullptr) {
         // The dummy video output keeps the video of a player without a widget
-        // invisible instead of opening a window of libvlc's own.
-        const std::array<const char*, 5> arguments = {"--quiet", "--vout", "dummy", "--no-stats",
-                                                      "--verbose=0"};
+        // invisible instead of opening a window of libvlc's own. A widget's video
+        // goes out through XVideo where the display has it and plain X11 where not,
+        // never OpenGL: on a shop's computer without a proper GPU driver OpenGL is
+        // Mesa's software rasteriser, tens of megabytes and a core's worth of work
+        // for what X11 shows as well.
+        const std::array<const char*, 9> arguments = {
+            "--quiet", "--vout", "dummy", "--no-stats", "--verbose=0", "--gl", "none", "--gles2", "none"};
         sInstance = libvlc_new(static_cast<int>(arguments.size()), arguments.data());
         if (sInstance == nullptr) {
             Utilities::Logger::Log("Не удалось запустить libvlc: воспроизведение невозможно");
