@@ -164,6 +164,9 @@ bool DbManager::SavedAuthData(PlaybackObject& object, Server& server, std::strin
                               std::string& password, std::string& token)
 {
     return Perform("SavedAuthData", [&] {
+        if (!HoldsTable(QStringLiteral("server"))) {
+            return false;
+        }
         Server readServer;
         PlaybackObject readObject;
         std::string readLogin;
@@ -556,8 +559,21 @@ bool DbManager::InsertUser(const std::string& login, const std::string& password
     return Execute(query);
 }
 
+bool DbManager::HoldsTable(const QString& table)
+{
+    QSqlQuery query(database);
+    if (!Prepare(query, QStringLiteral("SELECT 1 FROM sqlite_master WHERE type = 'table' AND name = ?;"))) {
+        return false;
+    }
+    query.addBindValue(table);
+    return Execute(query) && query.next();
+}
+
 bool DbManager::ReadConfigurationText(QString& text)
 {
+    if (!HoldsTable(QStringLiteral("playback_configuration"))) {
+        return false;
+    }
     QSqlQuery query(database);
     query.setForwardOnly(true);
     if (!Execute(query, QStringLiteral("SELECT configuration FROM playback_configuration LIMIT 1;")) ||

@@ -102,6 +102,10 @@ private:
     bool InsertPlaybackObjectQuery(const DataTypes::Auth::PlaybackObject& object);
     bool InsertUser(const std::string& login, const std::string& password, const std::string& token);
     bool ReadConfigurationText(QString& text);
+    // A data directory never signed in from has no tables yet: nothing is stored
+    // there, which is no failure to report.
+    // A damaged file fails here like any statement, so that it is noticed.
+    bool HoldsTable(const QString& table);
 
     QSqlDatabase database;
     // The failing statement of the current operation said the file is damaged.

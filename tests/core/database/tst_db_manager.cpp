@@ -252,6 +252,22 @@ private slots:
         QCOMPARE(Rows(counts), QStringList({"0|0|0|0|0"}));
     }
 
+    // The first start on a shop's computer: no sign-in and no schedule stored, and
+    // no "failed" line on the console that support would chase.
+    void aFreshDataDirectoryHoldsNothingAndSaysSoQuietly()
+    {
+        consoleMessages.clear();
+        const QtMessageHandler previous = qInstallMessageHandler(CaptureMessage);
+        SignIn none;
+        const bool signInRead = none.Read();
+        std::shared_ptr<PlaybackConfiguration> configuration;
+        const bool configurationRead = database->SavedPlaybackConfiguration(configuration);
+        qInstallMessageHandler(previous);
+        QVERIFY(!signInRead);
+        QVERIFY(!configurationRead);
+        QVERIFY2(consoleMessages.isEmpty(), qPrintable(consoleMessages.join(QLatin1Char('\n'))));
+    }
+
     void failedWriteKeepsThePreviousData_data()
     {
         // A write that fails half way leaves the point of sale signed in as before,
