@@ -62,9 +62,26 @@ void AdBlocksListModel::SetBlocks(const Core::DataTypes::Playback::PlaybackConfi
     }
     std::stable_sort(rows.begin(), rows.end(),
                      [](const Row& a, const Row& b) { return a.startSeconds < b.startSeconds; });
-    beginResetModel();
-    mRows = std::move(rows);
-    endResetModel();
+    const auto sameBlock = [](const Row& a, const Row& b) {
+        return a.startSeconds == b.startSeconds && a.name == b.name && a.spots == b.spots;
+    };
+    if (rows.size() != mRows.size() || !std::equal(rows.begin(), rows.end(), mRows.begin(), sameBlock)) {
+        beginResetModel();
+        mRows = std::move(rows);
+        endResetModel();
+        return;
+    }
+    // The same blocks as before, looked at again: only downloads and the clock have
+    // moved on, and a view scrolled by the owner stays where it is.
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        Row& row = mRows[i];
+        if (row.downloaded != rows[i].downloaded || row.played != rows[i].played ||
+            row.interrupts != rows[i].interrupts || row.time != rows[i].time) {
+            row = rows[i];
+            const QModelIndex changed = index(static_cast<int>(i));
+            emit dataChanged(changed, changed);
+        }
+    }
 }
 
 int AdBlocksListModel::rowCount(const QModelIndex& parent) const

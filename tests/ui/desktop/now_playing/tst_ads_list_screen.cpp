@@ -138,6 +138,24 @@ void TestAdsListScreen::modelTakesThePeriodsBlocks()
     QVERIFY(!model.index(1).data(AdBlocksListModel::InterruptsRole).toBool());
     // A spot the configuration does not describe is still listed, by its number.
     QCOMPARE(model.index(2).data(AdBlocksListModel::SpotsRole).toStringList(), QStringList{"Ролик 99"});
+
+    // The screen looks again every few seconds. Downloads and the clock change rows
+    // in place: a reset would throw the owner's scroll back to the top each time.
+    QSignalSpy resets(&model, &QAbstractItemModel::modelReset);
+    QSignalSpy changes(&model, &QAbstractItemModel::dataChanged);
+    model.SetBlocks(configuration, "09:00", "13:00", today, QTime(12, 59, 30).msecsSinceStartOfDay() / 1000,
+                    [](const Core::DataTypes::Playback::Track&) { return true; });
+    QCOMPARE(resets.count(), 0);
+    QVERIFY(!changes.isEmpty());
+    for (int row = 0; row < model.rowCount(); ++row) {
+        QVERIFY(model.index(row).data(AdBlocksListModel::PlayedRole).toBool());
+    }
+    QCOMPARE(model.index(1).data(AdBlocksListModel::DownloadedCountRole).toInt(), 1);
+    // Another schedule's blocks are another list.
+    configuration.adBlocks.pop_back();
+    model.SetBlocks(configuration, "09:00", "13:00", today, 0, {});
+    QCOMPARE(resets.count(), 1);
+    QCOMPARE(model.rowCount(), 2);
 }
 
 void TestAdsListScreen::Open(const QJsonArray& ads, const QTime& now)
