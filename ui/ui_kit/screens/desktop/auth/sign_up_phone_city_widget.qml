@@ -94,10 +94,23 @@ ZAuthPage {
                 x: UiKit.BorderWidth
                 width: parent.width - 2 * UiKit.BorderWidth
                 y: UiKit.SpacingUnit * 2
-                height: Math.min(count, UiKit.SuggestionCount) * UiKit.ListRowHeight
+                // No lower than the window's edge: in a short window, with the server's
+                // address open above, fewer rows show and the list scrolls. Counted
+                // again whenever the list moves: the card on the page, the field in
+                // the card.
+                readonly property int rowsThatFit: {
+                    var moved = root.contentTop + parent.y;
+                    if (count === 0) {
+                        return 0;
+                    }
+                    var below = root.height - mapToItem(root, 0, 0).y - UiKit.SpacingUnit * 2;
+                    return Math.max(1, Math.floor(below / UiKit.ListRowHeight));
+                }
+                readonly property int rowsShown: Math.min(count, UiKit.SuggestionCount, rowsThatFit)
+                height: rowsShown * UiKit.ListRowHeight
                 clip: true
                 visible: count > 0
-                interactive: count > UiKit.SuggestionCount
+                interactive: count > rowsShown
                 model: root.citySuggestionsModel
                 activeFocusOnTab: true
                 keyNavigationEnabled: true

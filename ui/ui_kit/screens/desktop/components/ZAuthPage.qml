@@ -9,6 +9,9 @@ Rectangle {
 
     default property alias content: column.data
     property bool busy: false
+    // Where the content begins in the window, for what opens over the page (a
+    // drop-down) and has to stop at the window's edge.
+    readonly property real contentTop: column.y - flickable.contentY
 
     color: UiKit.ScreenBackgroundColor
 
