@@ -17,10 +17,13 @@
 #include "ui/desktop/player_widget_desktop.h"
 #include "ui/desktop/screen_error_text.h"
 
+#include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QJsonDocument>
 #include <QQuickItem>
 #include <QStackedWidget>
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include <memory>
@@ -40,6 +43,7 @@ class AuthScreensTest : public QObject
     Q_OBJECT
 
 private:
+    QTemporaryDir content;
     std::unique_ptr<Tests::ReferenceService> service;
     std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
     std::unique_ptr<UI::Desktop::MainWindowDesktop> window;
@@ -103,8 +107,15 @@ private slots:
     {
         Tests::QmlWarnings::StartRecording();
         UI::Desktop::ApplicationStartUp::ConfigureApplication();
+        // The cover the point of sale's playlist names: now playing, which a sign-in
+        // opens, shows it at once.
+        QVERIFY(content.isValid());
+        QVERIFY(QDir(content.path()).mkpath(QStringLiteral("covers")));
+        QImage cover(32, 32, QImage::Format_RGB32);
+        cover.fill(Qt::darkGreen);
+        QVERIFY(cover.save(content.filePath(QStringLiteral("covers/music.png"))));
         QString error;
-        service = Tests::ReferenceService::Started(QStringLiteral("basic"), &error);
+        service = Tests::ReferenceService::Started(QStringLiteral("basic"), &error, content.path());
         QVERIFY2(service, qPrintable(error));
     }
 
