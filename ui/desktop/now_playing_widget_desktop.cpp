@@ -2,6 +2,7 @@
 
 #include "core/content_playing/player.h"
 #include "core/networking/like_action.h"
+#include "core/networking/pics_loader.h"
 #include "core/settings.h"
 #include "core/user_environment.h"
 #include "core/utilities/local_time_helper.h"
@@ -11,7 +12,10 @@
 #include "ui/desktop/screen_error_text.h"
 #include "ui/desktop/set_local_time_widget_desktop.h"
 #include "ui/list_models/ad_blocks_list_model.h"
+#include "ui/ui_kit/ui_kit.h"
 
+#include <QLabel>
+#include <QPixmap>
 #include <QQuickItem>
 #include <QSet>
 #include <QTimer>
@@ -38,6 +42,7 @@ QString Duration(double seconds)
 NowPlayingWidgetDesktop::NowPlayingWidgetDesktop(QWidget* parent)
     : BaseWidgetDesktop(parent)
     , mClock(new QTimer(this))
+    , mCover(NewCoverLabel())
 {
     SetSource(QUrl(QString::fromLatin1(Document)));
     ConnectQmlChild(QStringLiteral("previousButton"), "clicked()", this, "OnPrevious()");
@@ -50,8 +55,8 @@ NowPlayingWidgetDesktop::NowPlayingWidgetDesktop(QWidget* parent)
     ConnectQmlChild(QStringLiteral("tracksButton"), "clicked()", this, "TracksRequested()");
     ConnectQmlRoot("seekRequested(qreal)", this, "OnSeek(qreal)");
     // The native areas follow their placeholders wherever the layout moves them.
-    for (const QString& name :
-         {QStringLiteral("mediaColumn"), QStringLiteral("videoArea"), QStringLiteral("photoArea")}) {
+    for (const QString& name : {QStringLiteral("mediaColumn"), QStringLiteral("videoArea"),
+                                QStringLiteral("photoArea"), QStringLiteral("coverArea")}) {
         if (QObject* item = FindQmlChild(name)) {
             for (const char* signal : {SIGNAL(xChanged()), SIGNAL(yChanged()), SIGNAL(widthChanged()),
                                        SIGNAL(heightChanged()), SIGNAL(visibleChanged())}) {
@@ -296,8 +301,54 @@ QRect NowPlayingWidgetDesktop::AreaRect(const QString& objectName) const
     return QRectF(item->mapToScene(QPointF(0, 0)), QSizeF(item->width(), item->height())).toAlignedRect();
 }
 
+QLabel* NowPlayingWidgetDesktop::NewCoverLabel()
+{
+    auto* label = new QLabel(this);
+    label->setObjectName(QStringLiteral("trackCover"));
+    label->setAlignment(Qt::AlignCenter);
+    label->setAttribute(Qt::WA_TransparentForMouseEvents);
+    label->hide();
+    return label;
+}
+
+void NowPlayingWidgetDesktop::ShowCover(const std::string& url)
+{
+    if (url == mCoverUrl) {
+        return;
+    }
+    if (!mCoverUrl.empty()) {
+        Core::Networking::PicsLoader::RemoveTask(mCoverUrl);
+    }
+    mCoverUrl = url;
+    mCoverSize = QSize();
+    // A picture still on its way is for the label it was asked for: the next
+    // track's cover goes to a new one, so a slow answer never shows a stale cover.
+    delete mCover;
+    mCover = NewCoverLabel();
+    PlaceCover();
+}
+
+void NowPlayingWidgetDesktop::PlaceCover()
+{
+    const QRect area = mPage ? QRect() : AreaRect(QStringLiteral("coverArea"));
+    if (area.isEmpty()) {
+        mCover->hide();
+        return;
+    }
+    mCover->setGeometry(area);
+    mCover->show();
+    // The loader fits the picture to the label's size on arrival: a new size takes
+    // it again.
+    if (!mCoverUrl.empty() && area.size() != mCoverSize) {
+        mCoverSize = area.size();
+        mCover->clear();
+        Core::Networking::PicsLoader::DisplayPic(mCoverUrl, mCover, UiKit::GetInstance().CardRadius());
+    }
+}
+
 void NowPlayingWidgetDesktop::PlaceMedia()
 {
+    PlaceCover();
     if (!mOutput) {
         return;
     }
@@ -564,7 +615,6 @@ void NowPlayingWidgetDesktop::ShowState(const Core::ContentPlaying::PlayerState&
         SetPropertyOfRoot("trackTitle", QString::fromStdString(track.trackTitle));
         SetPropertyOfRoot("trackArtist", QString::fromStdString(track.trackSubtitle));
         SetPropertyOfRoot("playlistName", QString::fromStdString(track.playlistName));
-        SetPropertyOfRoot("coverSource", QString::fromStdString(track.playlistImage));
         SetPropertyOfRoot("progress", track.progress);
         SetPropertyOfRoot("elapsedText", Duration(track.progress * track.durationSeconds));
         SetPropertyOfRoot("totalText", Duration(track.durationSeconds));
@@ -573,14 +623,21 @@ void NowPlayingWidgetDesktop::ShowState(const Core::ContentPlaying::PlayerState&
     SetPropertyOfRoot("adText",
                       adPlaying ? AdBandText(QString::fromStdString(clip->second.trackTitle)) : QString());
     int likeStatus = static_cast<int>(LikeStatus::None);
+    // The track's own cover, or its playlist's where the track has none.
+    std::string cover =
+        music != state.contentPlayingStates.end() ? music->second.playlistImage : std::string();
     if (const auto player = mPlayer.lock()) {
         for (const auto& track : player->GetCurrentTracks(ContentType::Music)) {
             if (track.id == mTrackId) {
                 likeStatus = static_cast<int>(track.likeStatus);
+                if (!track.image.empty()) {
+                    cover = track.image;
+                }
             }
         }
     }
     SetPropertyOfRoot("likeStatus", likeStatus);
+    ShowCover(cover);
 
     QString downloadsText;
     qreal downloaded = 1;

@@ -8,9 +8,11 @@
 #include <QDateTime>
 #include <QPointer>
 #include <QRect>
+#include <QSize>
 
 #include <memory>
 
+class QLabel;
 class QTimer;
 
 namespace Core {
@@ -106,6 +108,11 @@ private:
     QDateTime NextDayStart() const;
     void CheckClockAgain();
     QRect AreaRect(const QString& objectName) const;
+    // The track's cover, through the pictures loader, on a label laid over its
+    // placeholder in the document (the placeholder's icon shows until it arrives).
+    void ShowCover(const std::string& url);
+    QLabel* NewCoverLabel();
+    void PlaceCover();
 
     std::weak_ptr<Core::UserEnvironment> mEnvironment;
     std::weak_ptr<Core::ContentPlaying::Player> mPlayer;
@@ -116,6 +123,9 @@ private:
     bool mClockWrong = false;
     Situation mSituation = Situation::Playing;
     std::int64_t mTrackId = 0;
+    QLabel* mCover;
+    std::string mCoverUrl;
+    QSize mCoverSize;
 };
 
 } // namespace UI::Desktop

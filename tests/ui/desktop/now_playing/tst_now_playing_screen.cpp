@@ -23,6 +23,7 @@
 
 #include <QApplication>
 #include <QJsonArray>
+#include <QLabel>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -73,10 +74,14 @@ private:
 
 namespace {
 
+const QColor CoverColour(0x20, 0x80, 0x40);
+
 QJsonObject Day(const QJsonArray& ads = QJsonArray())
 {
+    QJsonObject playlist = ShopSession::MusicPlaylist(11, QStringLiteral("Музыка"), {1, 2});
+    playlist.insert(QStringLiteral("image"), QStringLiteral("@FILES@covers/music.png"));
     return ShopSession::Schedule({ShopSession::Period(QStringLiteral("День"), "09:00", "13:00", 11)},
-                                 {ShopSession::MusicPlaylist(11, QStringLiteral("Музыка"), {1, 2})}, ads);
+                                 {playlist}, ads);
 }
 
 } // namespace
@@ -89,6 +94,10 @@ void TestNowPlayingScreen::initTestCase()
     mService = ShopSession::StartedServing(
         mContent.path(), {"music/music_a.mp3", "music/music_b.mp3", "clip/ad_short.mp3"}, &error);
     QVERIFY2(mService, qPrintable(error));
+    QVERIFY(QDir(mContent.path()).mkpath(QStringLiteral("covers")));
+    QImage cover(64, 64, QImage::Format_RGB32);
+    cover.fill(CoverColour);
+    QVERIFY(cover.save(mContent.filePath(QStringLiteral("covers/music.png"))));
 }
 
 void TestNowPlayingScreen::init()
@@ -168,6 +177,13 @@ void TestNowPlayingScreen::showsThePeriodAndTheTrack()
         Tests::Timeouts::Quick);
     QTRY_VERIFY_WITH_TIMEOUT(!Text("trackTitleText").isEmpty(), Tests::Timeouts::Quick);
     QVERIFY(mDriver->Property("nowPlayingScreen", "playing").toBool());
+    // The playlist's cover, from the service, on its card.
+    QLabel* cover = nullptr;
+    QTRY_VERIFY_WITH_TIMEOUT((cover = mWindow->findChild<QLabel*>(QStringLiteral("trackCover"))) != nullptr &&
+                                 cover->isVisible() && !cover->pixmap(Qt::ReturnByValue).isNull(),
+                             Tests::Timeouts::Quick);
+    const QImage shown = cover->pixmap(Qt::ReturnByValue).toImage();
+    QCOMPARE(shown.pixelColor(shown.rect().center()), CoverColour);
     QVERIFY(!mDriver->Property("adBand", "visible").toBool());
     const QStringList unnamed = mDriver->UnnamedControls();
     QVERIFY2(unnamed.isEmpty(), qPrintable(unnamed.join(QLatin1Char('\n'))));

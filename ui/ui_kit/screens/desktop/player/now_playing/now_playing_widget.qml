@@ -19,7 +19,6 @@ Rectangle {
     property string trackTitle: ""
     property string trackArtist: ""
     property string playlistName: ""
-    property string coverSource: ""
     property int likeStatus: UiKit.LikeStatusValueNone
     property real progress: 0
     property string elapsedText: "0:00"
@@ -247,6 +246,9 @@ Rectangle {
 
             Rectangle {
                 id: cover
+                // The screen lays the cover itself over this card when it arrives;
+                // the note icon stands in until then and where there is none.
+                objectName: "coverArea"
                 // Beside the video and photo areas the cover gives way, so that the
                 // title, the progress and the buttons keep a readable width.
                 width: Math.min(UiKit.TrackCoverSize, middle.height,
@@ -254,7 +256,6 @@ Rectangle {
                 height: width
                 radius: UiKit.CardRadius
                 color: UiKit.TrackInfoViewCoverBackground
-                clip: true
                 Image {
                     anchors.centerIn: parent
                     width: UiKit.LargeIconSize
@@ -263,15 +264,6 @@ Rectangle {
                     sourceSize.height: UiKit.LargeIconSize
                     cache: false
                     source: UiKit.TrackCoverPlaceholderImage
-                    visible: coverImage.status !== Image.Ready
-                }
-                Image {
-                    id: coverImage
-                    anchors.fill: parent
-                    fillMode: Image.PreserveAspectCrop
-                    asynchronous: true
-                    cache: false
-                    source: root.coverSource
                 }
             }
 
