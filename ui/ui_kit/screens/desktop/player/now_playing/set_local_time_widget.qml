@@ -89,6 +89,7 @@ ZStatePage {
     ZBodyText {
         objectName: "howToText"
         width: parent.width
+        horizontalAlignment: Text.AlignHCenter
         text: "Как исправить: откройте системные настройки, раздел «Дата и время», и включите "
               + "автоматическую установку времени по сети. Или выполните в терминале:"
     }
