@@ -40,6 +40,8 @@ constexpr int MainWindowMinimumHeight = 700;
 // is well above this.
 constexpr double HeardLevel = 0.001;
 constexpr double ListenWindowSeconds = 0.5;
+// The slice of a recording in which a first sound is looked for.
+constexpr double SoundWindowSeconds = 0.01;
 constexpr int PollMs = 100;
 
 QString SourcePath(const QString& relative)
@@ -243,8 +245,7 @@ bool DemoStage::AllExist(const QStringList& files)
 bool DemoStage::StartApplication(MeasuredProcess& application, const QString& dataDirectory,
                                  const QStringList& kinds, StartUp* startUp, QString* error)
 {
-    if (!application.Start(QStringLiteral(ZELMAR_BENCH_PLAYER), {}, ProgramEnvironment(dataDirectory))) {
-        *error = QStringLiteral("zelmar-player did not start");
+    if (!LaunchApplication(application, dataDirectory, error)) {
         return false;
     }
     const QStringList files = CacheFiles(dataDirectory);
@@ -291,7 +292,7 @@ bool DemoStage::StartApplication(MeasuredProcess& application, const QString& da
     return true;
 }
 
-bool DemoStage::StartCvlc(MeasuredProcess& cvlc, const QString& file, bool video, QString* error)
+bool DemoStage::LaunchCvlc(MeasuredProcess& cvlc, const QString& file, bool video, QString* error)
 {
     QProcessEnvironment environment = ProgramEnvironment(WorkPath(QStringLiteral("cvlc")));
     // vlc will not run as root, which CI is.
@@ -310,12 +311,98 @@ bool DemoStage::StartCvlc(MeasuredProcess& cvlc, const QString& file, bool video
         *error = QStringLiteral("cvlc did not start");
         return false;
     }
+    return true;
+}
+
+bool DemoStage::StartCvlc(MeasuredProcess& cvlc, const QString& file, bool video, QString* error)
+{
+    if (!LaunchCvlc(cvlc, file, video, error)) {
+        return false;
+    }
     if (!WaitUntilHeard(cvlc, StartTimeoutMs)) {
         *error = QStringLiteral("cvlc was not heard playing %1; its last output:\n%2")
                      .arg(file, cvlc.OutputTail());
         return false;
     }
     return true;
+}
+
+bool DemoStage::LaunchApplication(MeasuredProcess& application, const QString& dataDirectory, QString* error)
+{
+    if (!application.Start(QStringLiteral(ZELMAR_BENCH_PLAYER), {}, ProgramEnvironment(dataDirectory))) {
+        *error = QStringLiteral("zelmar-player did not start");
+        return false;
+    }
+    return true;
+}
+
+bool DemoStage::TimeToFirstSound(const std::function<bool(QString*)>& launch, const MeasuredProcess& process,
+                                 int timeoutMs, double* seconds, QString* error)
+{
+    Tests::SinkRecorder recorder{QString::fromLatin1(Sink)};
+    if (!recorder.Start()) {
+        *error = recorder.ErrorString();
+        return false;
+    }
+    // The recording runs before the launch, so that the launch has a place in it:
+    // the sound is timed by where it lies in the recording, not by when a poll
+    // noticed it. Whatever parec still buffers at the launch only makes the figure
+    // larger, never smaller.
+    if (!WaitFor([&recorder]() { return recorder.SecondsRecorded() >= ListenWindowSeconds; }, timeoutMs)) {
+        *error = QStringLiteral("nothing came from the sink's monitor");
+        return false;
+    }
+    const double launchedAt = recorder.SecondsRecorded();
+    if (Tests::PcmAnalysis::Rms(recorder.Samples(), launchedAt - ListenWindowSeconds, launchedAt) >
+        HeardLevel) {
+        *error = QStringLiteral("the sink was not quiet before the launch");
+        return false;
+    }
+    if (!launch(error)) {
+        return false;
+    }
+    double heardAt = -1;
+    double scannedTo = launchedAt;
+    const bool heard = WaitFor(
+        [&]() {
+            const double recorded = recorder.SecondsRecorded();
+            for (; scannedTo + SoundWindowSeconds <= recorded; scannedTo += SoundWindowSeconds) {
+                if (Tests::PcmAnalysis::Rms(recorder.Samples(), scannedTo, scannedTo + SoundWindowSeconds) >
+                    HeardLevel) {
+                    heardAt = scannedTo;
+                    return true;
+                }
+            }
+            return !process.IsRunning();
+        },
+        timeoutMs);
+    recorder.Stop();
+    if (!heard || heardAt < 0) {
+        *error = process.Name() + QStringLiteral(" was not heard within %1 s; its last output:\n%2")
+                                      .arg(timeoutMs / 1000)
+                                      .arg(process.OutputTail());
+        return false;
+    }
+    *seconds = heardAt - launchedAt;
+    return true;
+}
+
+bool DemoStage::WaitUntilQuiet(int timeoutMs)
+{
+    Tests::SinkRecorder recorder{QString::fromLatin1(Sink)};
+    if (!recorder.Start()) {
+        return false;
+    }
+    const bool quiet = WaitFor(
+        [&recorder]() {
+            const double recorded = recorder.SecondsRecorded();
+            return recorded >= ListenWindowSeconds &&
+                   Tests::PcmAnalysis::Rms(recorder.Samples(), recorded - ListenWindowSeconds, recorded) <=
+                       HeardLevel;
+        },
+        timeoutMs);
+    recorder.Stop();
+    return quiet;
 }
 
 bool DemoStage::WaitUntilHeard(const MeasuredProcess& process, int timeoutMs)
