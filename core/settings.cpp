@@ -397,6 +397,13 @@ void Settings::SetAutoRunEnabled(bool enabled)
     Utilities::AutorunHelper::SetAutorunEnabled(enabled, AutoRunArgumentName());
 }
 
+void Settings::RefreshAutoRunEntry()
+{
+    if (AutoRunEnabled()) {
+        Utilities::AutorunHelper::RefreshAutorun(AutoRunArgumentName());
+    }
+}
+
 bool Settings::MinimizeOnAutoRun()
 {
     return ReadBool(MinimizeKey, DefaultMinimizeOnAutoRun);

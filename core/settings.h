@@ -102,6 +102,11 @@ public:
     static bool AutoRunEnabled();
     // Also adds or removes the entry that starts the program at login.
     static void SetAutoRunEnabled(bool enabled);
+    // At start: with autorun on, the entry that starts the program at login follows
+    // the program to wherever it runs from now (see AutorunHelper::RefreshAutorun).
+    // With autorun off an entry is left alone: another copy of the program with
+    // data of its own may have written it.
+    static void RefreshAutoRunEntry();
     static bool MinimizeOnAutoRun();
     static void SetMinimizeOnAutoRun(bool enabled);
     static bool MinimizeToTrayOnAppStart();

@@ -86,6 +86,39 @@ QString EscapeStringValue(const QString& value)
     return result;
 }
 
+// The Exec value of an entry that starts this program with `argumentName`; empty
+// when it cannot tell where the program is.
+QString ExecValueOfThisProgram(const std::string& argumentName)
+{
+    const QString executable = ExecutablePath();
+    if (executable.isEmpty()) {
+        qWarning("Autorun: cannot tell where the program is installed");
+        return {};
+    }
+    QStringList arguments{executable};
+    if (!argumentName.empty()) {
+        arguments << QString::fromStdString(argumentName);
+    }
+    return AutorunHelper::DesktopEntryExecValue(arguments);
+}
+
+// The raw value of the entry's Exec key; empty when there is no entry or no key.
+QString ReadExecValue(const QString& entryPath)
+{
+    QFile file(entryPath);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        return {};
+    }
+    const QString execKey = QStringLiteral("Exec=");
+    const QStringList lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+    for (const QString& line : lines) {
+        if (line.startsWith(execKey)) {
+            return line.mid(execKey.size());
+        }
+    }
+    return {};
+}
+
 bool WriteEntry(const QString& entryPath, const QString& execValue)
 {
     const QString folder = QFileInfo(entryPath).absolutePath();
@@ -147,16 +180,38 @@ bool AutorunHelper::SetAutorunEnabledLinux(bool enabled, const std::string& argu
     if (!enabled) {
         return RemoveEntry(entryPath);
     }
-    const QString executable = ExecutablePath();
-    if (executable.isEmpty()) {
-        qWarning("Autorun: cannot tell where the program is installed");
+    const QString execValue = ExecValueOfThisProgram(argumentName);
+    if (execValue.isEmpty()) {
         return false;
     }
-    QStringList arguments{executable};
-    if (!argumentName.empty()) {
-        arguments << QString::fromStdString(argumentName);
+    return WriteEntry(entryPath, execValue);
+}
+
+bool AutorunHelper::RefreshAutorun(std::string argumentName)
+{
+#if defined(Q_OS_LINUX)
+    return RefreshAutorunLinux(argumentName);
+#else
+    Q_UNUSED(argumentName)
+    return false;
+#endif
+}
+
+bool AutorunHelper::RefreshAutorunLinux(const std::string& argumentName)
+{
+    const QString entryPath = LinuxAutostartEntryPath();
+    if (entryPath.isEmpty()) {
+        qWarning("Autorun: the user has no configuration folder");
+        return false;
     }
-    return WriteEntry(entryPath, DesktopEntryExecValue(arguments));
+    const QString execValue = ExecValueOfThisProgram(argumentName);
+    if (execValue.isEmpty()) {
+        return false;
+    }
+    if (ReadExecValue(entryPath) == execValue) {
+        return true;
+    }
+    return WriteEntry(entryPath, execValue);
 }
 
 QString AutorunHelper::LinuxAutostartEntryPath()

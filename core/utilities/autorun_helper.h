@@ -24,11 +24,18 @@ public:
     // on its command line, or stops doing so. False, with a console warning, when
     // the change could not be made; never throws.
     static bool SetAutorunEnabled(bool enabled, std::string argumentName);
+    // At a start with the setting on: makes the entry start this program. An entry
+    // that is missing or starts another command line (the program was moved, or a
+    // package put it elsewhere) is written anew; one that already starts this
+    // program is left as it is, with whatever the desktop's session settings
+    // changed in it. False, with a console warning, when it could not be written.
+    static bool RefreshAutorun(std::string argumentName);
 
     // Writes or removes "zelmar-player.desktop" in the user's autostart folder
     // ($XDG_CONFIG_HOME/autostart, else ~/.config/autostart). Enabling again
     // rewrites the entry for the current executable.
     static bool SetAutorunEnabledLinux(bool enabled, const std::string& argumentName);
+    static bool RefreshAutorunLinux(const std::string& argumentName);
     // Where SetAutorunEnabledLinux puts the entry; empty when there is no
     // configuration folder.
     static QString LinuxAutostartEntryPath();

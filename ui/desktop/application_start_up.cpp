@@ -1,5 +1,6 @@
 #include "ui/desktop/application_start_up.h"
 
+#include "core/settings.h"
 #include "ui/desktop/main_window_desktop.h"
 #include "ui/ui_kit/ui_kit.h"
 
@@ -52,6 +53,9 @@ void ApplicationStartUp::ConfigureApplication()
 
 MainWindowDesktop* ApplicationStartUp::CreateMainWindow()
 {
+    // A shop's computer keeps starting the player at login after the program was
+    // moved or installed elsewhere: the entry names the program that runs now.
+    Core::Settings::RefreshAutoRunEntry();
     UiKit::GetInstance();
     auto* window = new MainWindowDesktop(nullptr);
     window->setMinimumSize(MainWindowDesktop::MinimumWidth, MainWindowDesktop::MinimumHeight);

@@ -18,8 +18,9 @@ public:
     // After the application object exists: its version and the media library's
     // plugin folder, before the media backend starts libvlc.
     static void ConfigureApplication();
-    // The theme first, since every screen binds to it, then the window at no less
-    // than its minimum size, shown, or in the tray when the settings ask for that.
+    // The start-at-login entry brought up to date when autorun is on, the theme,
+    // since every screen binds to it, then the window at no less than its minimum
+    // size, shown, or in the tray when the settings ask for that.
     static MainWindowDesktop* CreateMainWindow();
 
     static constexpr const char* Version = "3.13";

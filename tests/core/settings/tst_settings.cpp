@@ -178,6 +178,39 @@ private slots:
         QVERIFY(!QFileInfo::exists(AutostartEntry()));
     }
 
+    // At start the entry follows the program only when autorun is on; with it off,
+    // an entry another copy of the program wrote stays as it is.
+    void startRefreshesTheEntryOnlyWhenAutorunIsOn_data()
+    {
+        QTest::addColumn<QByteArray>("stored");
+        QTest::addColumn<bool>("followsThisProgram");
+        QTest::newRow("on") << QByteArray("auto_run=true\n") << true;
+        QTest::newRow("off") << QByteArray("auto_run=false\n") << false;
+    }
+
+    void startRefreshesTheEntryOnlyWhenAutorunIsOn()
+    {
+        QFETCH(QByteArray, stored);
+        QFETCH(bool, followsThisProgram);
+        WriteSettingsFile(stored);
+        const QByteArray elsewhere =
+            "[Desktop Entry]\nType=Application\nExec=/opt/elsewhere/zelmar-player -autorun\n";
+        QVERIFY(QDir().mkpath(QFileInfo(AutostartEntry()).absolutePath()));
+        QFile entry(AutostartEntry());
+        QVERIFY(entry.open(QIODevice::WriteOnly));
+        entry.write(elsewhere);
+        entry.close();
+
+        Settings::RefreshAutoRunEntry();
+
+        QVERIFY(entry.open(QIODevice::ReadOnly));
+        const QByteArray after = entry.readAll();
+        const QByteArray thisProgram =
+            "\nExec=" + QFile::encodeName(QCoreApplication::applicationFilePath()) + " -autorun\n";
+        QCOMPARE(after.contains(thisProgram), followsThisProgram);
+        QCOMPARE(after == elsewhere, !followsThisProgram);
+    }
+
     // Out of range, a number reads as the nearest bound the settings screen offers;
     // not a number, or not a yes or a no, as the default; hand-written 1/0 are
     // understood; equaliser bands not one number per band read as flat.

@@ -89,6 +89,55 @@ private slots:
                     .contains(QStringLiteral("Exec=\"/opt/Zelmar Player/Zelmar\\\\$1.AppImage\" -autorun")));
     }
 
+    // A start with autorun on makes the entry start this program; an entry that
+    // already does keeps the session settings' changes to it.
+    void autorunRefreshFollowsTheProgram_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<bool>("rewritten");
+        const QByteArray thisProgram =
+            "Exec=" + QFile::encodeName(QCoreApplication::applicationFilePath()) + " -autorun\n";
+        QTest::newRow("no entry") << QByteArray() << true;
+        QTest::newRow("moved program") << QByteArray("[Desktop Entry]\nType=Application\nName=Zelmar Player\n"
+                                                     "Exec=/home/shop/old/zelmar-player -autorun\n")
+                                       << true;
+        QTest::newRow("same program without the flag")
+            << QByteArray("[Desktop Entry]\nType=Application\nExec=" +
+                          QFile::encodeName(QCoreApplication::applicationFilePath()) + "\n")
+            << true;
+        QTest::newRow("this program, switched off by the session")
+            << QByteArray("[Desktop Entry]\nType=Application\nName=Zelmar Player\n" + thisProgram +
+                          "X-GNOME-Autostart-enabled=false\n")
+            << false;
+    }
+
+    void autorunRefreshFollowsTheProgram()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(bool, rewritten);
+        if (!before.isEmpty()) {
+            QVERIFY(QDir().mkpath(ConfigHome() + QStringLiteral("/autostart")));
+            QFile entry(EntryPath());
+            QVERIFY(entry.open(QIODevice::WriteOnly));
+            entry.write(before);
+            entry.close();
+        }
+
+        QVERIFY(AutorunHelper::RefreshAutorun("-autorun"));
+
+        QFile entry(EntryPath());
+        QVERIFY(entry.open(QIODevice::ReadOnly));
+        const QByteArray after = entry.readAll();
+        if (rewritten) {
+            QCOMPARE(ReadLines(EntryPath()).filter(QRegularExpression(QStringLiteral("^Exec="))),
+                     QStringList{QStringLiteral("Exec=") + QCoreApplication::applicationFilePath() +
+                                 QStringLiteral(" -autorun")});
+            QVERIFY(after.contains("X-GNOME-Autostart-enabled=true\n"));
+        } else {
+            QCOMPARE(after, before);
+        }
+    }
+
     void autorunFailureIsReportedNotThrown()
     {
         // A regular file where the configuration folder should be.
