@@ -1,7 +1,7 @@
 # Every Qt Test executable is registered through zelmar_add_test, which links it
 # against core and the test support library and gives it its environment:
 #
-#   zelmar_add_test(<name> SOURCES <files...> [NEEDS media|sound|display|two-screens|service ...]
+#   zelmar_add_test(<name> SOURCES <files...> [NEEDS media|sound|display|two-screens|service|session-bus ...]
 #                   [LIBRARIES <targets...>] [TIMEOUT <seconds>] [ARGS <arguments...>])
 #   zelmar_add_test(<name> EXECUTABLE <test> [NEEDS ...] [TIMEOUT <seconds>] [ARGS <arguments...>])
 #
@@ -13,12 +13,14 @@
 # PulseAudio server with its two null sinks, and the Xvfb display. Tests without
 # "display" run on the offscreen platform. "service" builds the reference service
 # first and tells the test where it is (ZELMAR_REFERENCE_SERVICE), for
-# Tests::ReferenceService to start.
+# Tests::ReferenceService to start. "session-bus" gives the test a private D-Bus
+# session bus (DBUS_SESSION_BUS_ADDRESS) shared by the tests of this build folder.
 
 set(ZELMAR_TEST_STATE_DIR ${PROJECT_BINARY_DIR}/test-state)
 set(ZELMAR_TEST_MEDIA_DIR ${ZELMAR_TEST_STATE_DIR}/media)
 set(ZELMAR_TEST_SOUND_DIR ${ZELMAR_TEST_STATE_DIR}/sound)
 set(ZELMAR_TEST_DISPLAY_DIR ${ZELMAR_TEST_STATE_DIR}/display)
+set(ZELMAR_TEST_SESSION_BUS_DIR ${ZELMAR_TEST_STATE_DIR}/session-bus)
 
 # The display number is derived from the build folder, so two build trees on one
 # machine do not fight over it; it can be set by hand when it is taken.
@@ -46,6 +48,17 @@ add_test(NAME fixture.display.stop
          COMMAND ${_zelmar_fixtures}/virtual-display stop ${ZELMAR_TEST_DISPLAY_DIR})
 set_tests_properties(fixture.display.start PROPERTIES FIXTURES_SETUP zelmar_display TIMEOUT 30)
 set_tests_properties(fixture.display.stop PROPERTIES FIXTURES_CLEANUP zelmar_display TIMEOUT 30)
+
+# The session bus listens on an abstract socket named after the build folder, like
+# the display's number: no socket path to outgrow its 108 characters in a deep
+# checkout, and two build trees on one machine keep to their own bus.
+set(ZELMAR_TEST_SESSION_BUS_ADDRESS "unix:abstract=zelmar-test-bus-${_zelmar_build_hash}")
+add_test(NAME fixture.session_bus.start
+         COMMAND ${_zelmar_fixtures}/session-bus start ${ZELMAR_TEST_SESSION_BUS_DIR} ${ZELMAR_TEST_SESSION_BUS_ADDRESS})
+add_test(NAME fixture.session_bus.stop
+         COMMAND ${_zelmar_fixtures}/session-bus stop ${ZELMAR_TEST_SESSION_BUS_DIR})
+set_tests_properties(fixture.session_bus.start PROPERTIES FIXTURES_SETUP zelmar_session_bus TIMEOUT 30)
+set_tests_properties(fixture.session_bus.stop PROPERTIES FIXTURES_CLEANUP zelmar_session_bus TIMEOUT 30)
 
 # A second virtual display with two monitors, on the next display number.
 math(EXPR ZELMAR_TEST_TWO_SCREENS_DISPLAY "${ZELMAR_TEST_DISPLAY} + 1")
@@ -133,6 +146,9 @@ function(zelmar_add_test name)
             list(APPEND env "PULSE_SERVER=unix:${ZELMAR_TEST_SOUND_DIR}/native"
                             "PULSE_SINK=${sink_prefix}_a"
                             "ZELMAR_TEST_SINK_A=${sink_prefix}_a" "ZELMAR_TEST_SINK_B=${sink_prefix}_b")
+        elseif(need STREQUAL "session-bus")
+            list(APPEND fixtures zelmar_session_bus)
+            list(APPEND env "DBUS_SESSION_BUS_ADDRESS=${ZELMAR_TEST_SESSION_BUS_ADDRESS}")
         elseif(need STREQUAL "service")
             add_dependencies(${target} zelmar-reference-service)
             list(APPEND env "ZELMAR_REFERENCE_SERVICE=$<TARGET_FILE:zelmar-reference-service>")
@@ -157,6 +173,12 @@ function(zelmar_add_test name)
             message(FATAL_ERROR "zelmar_add_test(${name}): unknown NEEDS '${need}'")
         endif()
     endforeach()
+    # The program offers its media controls on the session bus; a test that does
+    # not ask for the tests' own bus gets none, so that nothing reaches the session
+    # of whoever runs the suite and no bus is started for it behind the scenes.
+    if(NOT "session-bus" IN_LIST ARG_NEEDS)
+        list(APPEND env "DBUS_SESSION_BUS_ADDRESS=unix:path=${ZELMAR_TEST_SESSION_BUS_DIR}/none")
+    endif()
     list(APPEND env "QT_QPA_PLATFORM=${platform}")
 
     set_tests_properties(${name} PROPERTIES
@@ -164,8 +186,16 @@ function(zelmar_add_test name)
         FIXTURES_REQUIRED "${fixtures}"
         TIMEOUT ${ARG_TIMEOUT})
     # Tests that listen to the same sinks would hear each other: one at a time
-    # on each lane.
+    # on each lane. On the session bus only one process at a time can hold the
+    # player's name.
+    set(locks "")
     if("sound" IN_LIST ARG_NEEDS)
-        set_tests_properties(${name} PROPERTIES RESOURCE_LOCK zelmar_sound_lane_${lane})
+        list(APPEND locks zelmar_sound_lane_${lane})
+    endif()
+    if("session-bus" IN_LIST ARG_NEEDS)
+        list(APPEND locks zelmar_session_bus_name)
+    endif()
+    if(locks)
+        set_tests_properties(${name} PROPERTIES RESOURCE_LOCK "${locks}")
     endif()
 endfunction()

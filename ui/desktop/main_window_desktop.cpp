@@ -1,5 +1,6 @@
 #include "ui/desktop/main_window_desktop.h"
 
+#include "core/media_controls/mpris_service.h"
 #include "core/settings.h"
 #include "core/user_environment.h"
 #include "ui/desktop/player_widget_desktop.h"
@@ -41,6 +42,13 @@ MainWindowDesktop::MainWindowDesktop(QWidget* parent)
     connect(&UiKit::GetInstance(), &UiKit::screenBackgroundColorChanged, this,
             &MainWindowDesktop::PaintBackground);
     PaintBackground();
+    // Desktop panels and media keys show and drive the music; a panel that asks to
+    // see the program gets the window back, from the tray too. Without a session
+    // bus the service says so in the event log and the program goes on.
+    mMediaControls = new Core::MediaControls::MprisService(this);
+    connect(mMediaControls, &Core::MediaControls::MprisService::raiseRequested, this,
+            &MainWindowDesktop::RestoreFromTray);
+    mMediaControls->Start();
 
     ShowSignInOrPlayerScreen();
 
@@ -123,6 +131,14 @@ void MainWindowDesktop::ShowSignInOrPlayerScreen()
         ShowPlayerWidget();
     } else {
         ShowSignInWidget();
+    }
+}
+
+void MainWindowDesktop::FollowPlayerInMediaControls(
+    const std::shared_ptr<Core::ContentPlaying::Player>& player)
+{
+    if (sInstance != nullptr) {
+        sInstance->mMediaControls->Follow(player);
     }
 }
 

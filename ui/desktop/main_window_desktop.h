@@ -2,10 +2,19 @@
 
 #include <QMainWindow>
 
+#include <memory>
+
 class QAction;
 class QMenu;
 class QStackedWidget;
 class QSystemTrayIcon;
+
+namespace Core::ContentPlaying {
+class Player;
+}
+namespace Core::MediaControls {
+class MprisService;
+}
 
 namespace UI::Desktop {
 
@@ -31,6 +40,9 @@ public:
     static void ShowSignInWidget();
     static void ShowPlayerWidget();
     static void ShowSignInOrPlayerScreen();
+    // The player the screens now follow, for the desktop's media controls; empty
+    // when there is none.
+    static void FollowPlayerInMediaControls(const std::shared_ptr<Core::ContentPlaying::Player>& player);
 
     // The screen stack, for the screens' tests and the screenshots.
     QStackedWidget* Stack() const;
@@ -55,6 +67,7 @@ private:
     QMenu* mTrayMenu = nullptr;
     QAction* mQuitAction = nullptr;
     QAction* mToggleAction = nullptr;
+    Core::MediaControls::MprisService* mMediaControls = nullptr;
 };
 
 } // namespace UI::Desktop

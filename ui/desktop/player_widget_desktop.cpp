@@ -89,6 +89,8 @@ PlayerWidgetDesktop::PlayerWidgetDesktop(QWidget* parent)
 PlayerWidgetDesktop::~PlayerWidgetDesktop()
 {
     DetachFromEnvironment();
+    // Signed out: the panel shows nothing playing rather than the last track.
+    MainWindowDesktop::FollowPlayerInMediaControls(nullptr);
     // The player lets go of the video and photo areas before they go.
     delete mOutput;
 }
@@ -145,6 +147,7 @@ void PlayerWidgetDesktop::FollowPlayer()
     const auto player = environment ? environment->GetContentPlayer() : nullptr;
     mSideBar->ObservePlayer(player);
     mOutput->Attach(player);
+    MainWindowDesktop::FollowPlayerInMediaControls(player);
 }
 
 void PlayerWidgetDesktop::PlaybackConfigurationUpdated(bool, const std::string&)
