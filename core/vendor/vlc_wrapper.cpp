@@ -2,6 +2,7 @@
 
 #include "core/utilities/logger.h"
 
+#include <QGuiApplication>
 #include <QMetaObject>
 
 #include <vlc/vlc.h>
@@ -451,6 +452,13 @@ bool VlcWrapper::ReopenAudioOutput()
 
 void VlcWrapper::SetVideoOutput(QWidget* widget)
 {
+    // libvlc draws only into X windows. Elsewhere (the offscreen platform, Wayland
+    // without XWayland) a widget's id names no X window, the X outputs fail, and
+    // libvlc falls through its list to whatever opens, down to the terminal's
+    // output, which crashed the process: the video is left out there instead.
+    if (widget != nullptr && QGuiApplication::platformName() != QLatin1String("xcb")) {
+        widget = nullptr;
+    }
     videoWidget = widget;
     if (!player || widget == nullptr) {
         // A null window would make libvlc open a window of its own for the next
