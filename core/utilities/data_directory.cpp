@@ -27,7 +27,7 @@ QString ChooseDirectory(const QString& overridden)
         return QDir(overridden).absolutePath();
     }
     const QString executableDirectory = ExecutableDirectory();
-    if (!executableDirectory.isEmpty() && QFileInfo(executableDirectory).isWritable()) {
+    if (!executableDirectory.isEmpty() && DataDirectory::IsPortableFolder(executableDirectory)) {
         return executableDirectory;
     }
     return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
@@ -73,6 +73,17 @@ QString DataDirectory::Path()
         last.path = path;
     }
     return path;
+}
+
+bool DataDirectory::IsPortableFolder(const QString& folder)
+{
+    const QString path = QDir::cleanPath(QFileInfo(folder).absoluteFilePath());
+    if (path == QLatin1String("/usr") || path.startsWith(QLatin1String("/usr/")) ||
+        path == QLatin1String("/bin") || path == QLatin1String("/sbin")) {
+        return false;
+    }
+    const QFileInfo info(path);
+    return info.isDir() && info.isWritable();
 }
 
 QString DataDirectory::FilePath(const QString& name)

@@ -5,8 +5,8 @@
 namespace Core::Utilities {
 
 // Where every file the player writes lives: the database, the settings, the event
-// log and the media cache. The executable's folder when it is writable (a portable
-// install keeps everything together), else the user's XDG data folder. The
+// log and the media cache. The executable's folder when it is a portable copy's
+// (IsPortableFolder), else the user's XDG data folder. The
 // environment variable overrides both, so that tests and several instances on one
 // machine never share files.
 class DataDirectory
@@ -23,6 +23,11 @@ public:
     static QString Path();
     // Path() + "/" + name.
     static QString FilePath(const QString& name);
+    // Whether a program in `folder` keeps its data beside itself: a portable copy
+    // unpacked where its user can write. Never a folder of the system's programs
+    // (under /usr, /bin, /sbin), even for root, who can write anywhere: a package
+    // installs there, and what is there belongs to the package manager.
+    static bool IsPortableFolder(const QString& folder);
 };
 
 } // namespace Core::Utilities

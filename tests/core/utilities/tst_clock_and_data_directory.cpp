@@ -76,6 +76,28 @@ private slots:
         QVERIFY(!madeWhileBlocked && QFileInfo(blocked).isDir() && QFileInfo(second + "/relative").isDir());
     }
 
+    // A portable copy keeps its data beside itself; an installed program never
+    // does, not even run by root, who may write in /usr/bin as anywhere else.
+    void onlyAPortableCopyKeepsItsDataBesideItself_data()
+    {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<bool>("portable");
+        QTest::newRow("a writable folder of its own") << QString() << true;
+        QTest::newRow("the system's programs") << "/usr/bin" << false;
+        QTest::newRow("the administrator's programs") << "/usr/local/bin" << false;
+        QTest::newRow("/bin, a link into /usr") << "/bin" << false;
+        QTest::newRow("a path that climbs into /usr") << "/tmp/../usr/bin" << false;
+        QTest::newRow("a folder that is not there") << "/nonexistent-zelmar-folder" << false;
+    }
+
+    void onlyAPortableCopyKeepsItsDataBesideItself()
+    {
+        QFETCH(QString, folder);
+        QFETCH(bool, portable);
+        QTemporaryDir own;
+        QCOMPARE(DataDirectory::IsPortableFolder(folder.isEmpty() ? own.path() : folder), portable);
+    }
+
     // An installed player may not write beside itself: its data go to the XDG data
     // folder. A copy of this test, in a read-only folder and run by an unprivileged
     // user (for root every folder is writable), reports where its data went.
