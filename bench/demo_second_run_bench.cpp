@@ -8,8 +8,6 @@
 //   demo_second_run_bench [RUNS]   (3)
 
 #include "bench/demo_stage.h"
-#include "tests/support/pcm_analysis.h"
-#include "tests/support/sink_recorder.h"
 
 #include <QCoreApplication>
 #include <QProcess>
@@ -27,10 +25,6 @@ namespace {
 using Bench::DemoStage;
 
 constexpr double GoalSeconds = 10.0;
-// A null sink's silence is exact zeros; the demo's quietest music is far above this.
-constexpr double HeardLevel = 0.001;
-constexpr double QuietWindowSeconds = 0.5;
-constexpr double SoundWindowSeconds = 0.01;
 constexpr int StopTimeoutMs = 15000;
 
 int FreePort()
@@ -56,64 +50,34 @@ bool StopDemo(QProcess& demo)
 
 // Runs scripts/demo and returns the seconds from the command to the first sound,
 // or a negative figure with the reason in *error.
-double RunDemo(const QProcessEnvironment& environment, const QString& output, QString* error)
+double RunDemo(DemoStage& stage, const QProcessEnvironment& environment, const QString& output,
+               QString* error)
 {
-    Tests::SinkRecorder recorder{QString::fromLatin1(DemoStage::Sink)};
-    if (!recorder.Start()) {
-        *error = recorder.ErrorString();
-        return -1;
-    }
-    if (!DemoStage::WaitFor([&recorder]() { return recorder.SecondsRecorded() >= QuietWindowSeconds; },
-                            StopTimeoutMs)) {
-        *error = QStringLiteral("nothing came from the sink's monitor");
-        return -1;
-    }
-    // A sound left over from the run before would be taken for this one's.
-    if (!DemoStage::WaitFor(
-            [&recorder]() {
-                const double to = recorder.SecondsRecorded();
-                return Tests::PcmAnalysis::Rms(recorder.Samples(), to - QuietWindowSeconds, to) <= HeardLevel;
-            },
-            StopTimeoutMs)) {
-        *error = QStringLiteral("the sink did not go quiet before the run");
-        return -1;
-    }
-
     QProcess demo;
     demo.setProcessEnvironment(environment);
     demo.setStandardOutputFile(output);
     demo.setStandardErrorFile(output, QIODevice::Append);
-    const double launchedAt = recorder.SecondsRecorded();
-    demo.start(QStringLiteral(ZELMAR_BENCH_SOURCE_DIR "/scripts/demo"), QStringList());
-    if (!demo.waitForStarted()) {
-        *error = demo.errorString();
-        return -1;
-    }
-    double heardAt = -1;
-    double scannedTo = launchedAt;
-    DemoStage::WaitFor(
-        [&]() {
-            const double recorded = recorder.SecondsRecorded();
-            for (; scannedTo + SoundWindowSeconds <= recorded; scannedTo += SoundWindowSeconds) {
-                if (Tests::PcmAnalysis::Rms(recorder.Samples(), scannedTo, scannedTo + SoundWindowSeconds) >
-                    HeardLevel) {
-                    heardAt = scannedTo;
-                    return true;
-                }
+    double seconds = -1;
+    const bool heard = stage.TimeToFirstSound(
+        [&demo](QString* launchError) {
+            demo.start(QStringLiteral(ZELMAR_BENCH_SOURCE_DIR "/scripts/demo"), QStringList());
+            if (!demo.waitForStarted()) {
+                *launchError = demo.errorString();
+                return false;
             }
-            return demo.state() == QProcess::NotRunning;
+            return true;
         },
-        DemoStage::StartTimeoutMs);
-    recorder.Stop();
+        [&demo]() { return demo.state() != QProcess::NotRunning; }, DemoStage::StartTimeoutMs, &seconds,
+        error);
     if (!StopDemo(demo)) {
         *error = QStringLiteral("scripts/demo did not stop on Ctrl+C; see ") + output;
         return -1;
     }
-    if (heardAt < 0) {
-        *error = QStringLiteral("scripts/demo was not heard; see ") + output;
+    if (!heard) {
+        *error = QStringLiteral("scripts/demo: ") + *error + QStringLiteral("; see ") + output;
         return -1;
     }
-    return heardAt - launchedAt;
+    return seconds;
 }
 
 } // namespace
@@ -155,14 +119,14 @@ int main(int argc, char** argv)
                 "run; the script starts its own demo server; a virtual X display, a PulseAudio null sink)\n");
     std::fflush(stdout);
     // The first run signs in and downloads: what a newcomer's first run leaves.
-    if (RunDemo(environment, stage.WorkPath(QStringLiteral("first-run.out")), &error) < 0) {
+    if (RunDemo(stage, environment, stage.WorkPath(QStringLiteral("first-run.out")), &error) < 0) {
         std::fprintf(stderr, "error: first run: %s\n", qPrintable(error));
         return 1;
     }
     std::vector<double> figures;
     for (int run = 1; run <= runs && !DemoStage::Interrupted(); ++run) {
         const double seconds =
-            RunDemo(environment, stage.WorkPath(QStringLiteral("run%1.out").arg(run)), &error);
+            RunDemo(stage, environment, stage.WorkPath(QStringLiteral("run%1.out").arg(run)), &error);
         if (seconds < 0) {
             std::fprintf(stderr, "error: run %d: %s\n", run, qPrintable(error));
             return 1;

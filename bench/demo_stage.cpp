@@ -42,6 +42,8 @@ constexpr double HeardLevel = 0.001;
 constexpr double ListenWindowSeconds = 0.5;
 // The slice of a recording in which a first sound is looked for.
 constexpr double SoundWindowSeconds = 0.01;
+// How long a program just stopped may still be heard.
+constexpr int QuietTimeoutMs = 15000;
 constexpr int PollMs = 100;
 
 QString SourcePath(const QString& relative)
@@ -336,8 +338,9 @@ bool DemoStage::LaunchApplication(MeasuredProcess& application, const QString& d
     return true;
 }
 
-bool DemoStage::TimeToFirstSound(const std::function<bool(QString*)>& launch, const MeasuredProcess& process,
-                                 int timeoutMs, double* seconds, QString* error)
+bool DemoStage::TimeToFirstSound(const std::function<bool(QString*)>& launch,
+                                 const std::function<bool()>& running, int timeoutMs, double* seconds,
+                                 QString* error)
 {
     Tests::SinkRecorder recorder{QString::fromLatin1(Sink)};
     if (!recorder.Start()) {
@@ -347,23 +350,29 @@ bool DemoStage::TimeToFirstSound(const std::function<bool(QString*)>& launch, co
     // The recording runs before the launch, so that the launch has a place in it:
     // the sound is timed by where it lies in the recording, not by when a poll
     // noticed it. Whatever parec still buffers at the launch only makes the figure
-    // larger, never smaller.
-    if (!WaitFor([&recorder]() { return recorder.SecondsRecorded() >= ListenWindowSeconds; }, timeoutMs)) {
-        *error = QStringLiteral("nothing came from the sink's monitor");
+    // larger, never smaller. A sound left over from a program stopped just before
+    // would be taken for this one's, so the sink is quiet first.
+    const bool quiet = WaitFor(
+        [&recorder]() {
+            const double recorded = recorder.SecondsRecorded();
+            return recorded >= ListenWindowSeconds &&
+                   Tests::PcmAnalysis::Rms(recorder.Samples(), recorded - ListenWindowSeconds, recorded) <=
+                       HeardLevel;
+        },
+        QuietTimeoutMs);
+    if (!quiet) {
+        *error = recorder.SecondsRecorded() < ListenWindowSeconds
+                     ? QStringLiteral("nothing came from the sink's monitor")
+                     : QStringLiteral("the sink was still heard before the launch");
         return false;
     }
     const double launchedAt = recorder.SecondsRecorded();
-    if (Tests::PcmAnalysis::Rms(recorder.Samples(), launchedAt - ListenWindowSeconds, launchedAt) >
-        HeardLevel) {
-        *error = QStringLiteral("the sink was not quiet before the launch");
-        return false;
-    }
     if (!launch(error)) {
         return false;
     }
     double heardAt = -1;
     double scannedTo = launchedAt;
-    const bool heard = WaitFor(
+    WaitFor(
         [&]() {
             const double recorded = recorder.SecondsRecorded();
             for (; scannedTo + SoundWindowSeconds <= recorded; scannedTo += SoundWindowSeconds) {
@@ -373,36 +382,17 @@ bool DemoStage::TimeToFirstSound(const std::function<bool(QString*)>& launch, co
                     return true;
                 }
             }
-            return !process.IsRunning();
+            return !running();
         },
         timeoutMs);
     recorder.Stop();
-    if (!heard || heardAt < 0) {
-        *error = process.Name() + QStringLiteral(" was not heard within %1 s; its last output:\n%2")
-                                      .arg(timeoutMs / 1000)
-                                      .arg(process.OutputTail());
+    if (heardAt < 0) {
+        *error = running() ? QStringLiteral("nothing was heard within %1 s").arg(timeoutMs / 1000)
+                           : QStringLiteral("it ended before anything was heard");
         return false;
     }
     *seconds = heardAt - launchedAt;
     return true;
-}
-
-bool DemoStage::WaitUntilQuiet(int timeoutMs)
-{
-    Tests::SinkRecorder recorder{QString::fromLatin1(Sink)};
-    if (!recorder.Start()) {
-        return false;
-    }
-    const bool quiet = WaitFor(
-        [&recorder]() {
-            const double recorded = recorder.SecondsRecorded();
-            return recorded >= ListenWindowSeconds &&
-                   Tests::PcmAnalysis::Rms(recorder.Samples(), recorded - ListenWindowSeconds, recorded) <=
-                       HeardLevel;
-        },
-        timeoutMs);
-    recorder.Stop();
-    return quiet;
 }
 
 bool DemoStage::WaitUntilHeard(const MeasuredProcess& process, int timeoutMs)

@@ -82,13 +82,11 @@ public:
     bool LaunchApplication(MeasuredProcess& application, const QString& dataDirectory, QString* error);
     // Starts cvlc as StartCvlc does and returns at once.
     bool LaunchCvlc(MeasuredProcess& cvlc, const QString& file, bool video, QString* error);
-    // Seconds from `launch` starting `process` to the first sound on the sink, read
-    // from a recording of the sink that began before the launch; false when the
-    // sink was not quiet before, or nothing was heard within the limit.
-    bool TimeToFirstSound(const std::function<bool(QString*)>& launch, const MeasuredProcess& process,
+    // Seconds from `launch` to the first sound on the sink, read from a recording of
+    // the sink that began, quiet, before the launch; false when the sink did not go
+    // quiet, or nothing was heard within the limit or while `running` held.
+    bool TimeToFirstSound(const std::function<bool(QString*)>& launch, const std::function<bool()>& running,
                           int timeoutMs, double* seconds, QString* error);
-    // Waits until nothing is heard on the sink.
-    bool WaitUntilQuiet(int timeoutMs);
     // Starts cvlc on the same display and sound server, repeating `file`, and waits
     // until it is heard. An audio file plays without a video output, as the
     // player's own libvlc instance would.
