@@ -7,6 +7,7 @@
 #include "tests/core/content_playing/two_sink_listener.h"
 #include "tests/core/user_environment/shop_session.h"
 #include "tests/support/event_log.h"
+#include "tests/support/mpris_panel_call.h"
 #include "tests/support/reference_service.h"
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_media.h"
@@ -183,33 +184,19 @@ private:
     std::unique_ptr<Tests::ReferenceService> service;
     Tests::TwoSinkListener listener;
     std::unique_ptr<Tests::TestDataDirectory> dataDirectory;
-    QString gdbus;
     std::shared_ptr<UserEnvironment> environment;
     std::shared_ptr<Player> player;
     std::unique_ptr<MprisService> mpris;
     Panel panel;
 
-    // A gdbus call against the test's bus, run while the event loop turns: the
-    // service answers from this very process.
-    QString Call(const QString& method, const QStringList& arguments = {})
+    static QString Call(const QString& method, const QStringList& arguments = {})
     {
-        QProcess process;
-        process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(gdbus, QStringList{"call", "--session", "--dest", MprisService::ServiceName,
-                                         "--object-path", MprisService::ObjectPath, "--method", method} +
-                                 arguments);
-        if (!QTest::qWaitFor([&process]() { return process.state() == QProcess::NotRunning; },
-                             Tests::Timeouts::Process)) {
-            process.kill();
-            process.waitForFinished();
-            return QStringLiteral("gdbus did not answer");
-        }
-        return QString::fromUtf8(process.readAll()).trimmed();
+        return Tests::MprisPanelCall::Call(method, arguments);
     }
 
-    QString Get(const QString& interface, const QString& property)
+    static QString Get(const QString& interface, const QString& property)
     {
-        return Call(QStringLiteral("org.freedesktop.DBus.Properties.Get"), {interface, property});
+        return Tests::MprisPanelCall::Get(interface, property);
     }
 
     QString Status()
@@ -265,8 +252,8 @@ private slots:
     {
         QVERIFY2(qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS"),
                  "no session bus: register the test with NEEDS session-bus");
-        gdbus = QStandardPaths::findExecutable(QStringLiteral("gdbus"));
-        QVERIFY2(!gdbus.isEmpty(), "gdbus is missing: install 'libglib2.0-bin' (scripts/install-deps)");
+        QVERIFY2(!Tests::MprisPanelCall::Gdbus().isEmpty(),
+                 "gdbus is missing: install 'libglib2.0-bin' (scripts/install-deps)");
         QVERIFY(content.isValid());
         QString error;
         service = ShopSession::StartedServing(

@@ -3,21 +3,18 @@
 // back from the tray.
 
 #include "core/content_playing/player.h"
-#include "core/media_controls/mpris_service.h"
 #include "core/user_environment.h"
 #include "tests/core/content_playing/test_periods.h"
 #include "tests/core/user_environment/shop_session.h"
+#include "tests/support/mpris_panel_call.h"
 #include "tests/support/test_data_directory.h"
 #include "tests/support/test_timeouts.h"
 #include "ui/desktop/main_window_desktop.h"
 
-#include <QProcess>
-#include <QStandardPaths>
 #include <QtTest>
 
 #include <memory>
 
-using Core::MediaControls::MprisService;
 using Tests::ShopSession;
 
 class TestWindowMediaControls : public QObject
@@ -32,46 +29,26 @@ private slots:
     void raiseBringsTheWindowBackFromTheTray();
 
 private:
-    // A gdbus call on the tests' bus while the event loop turns: the window
-    // answers from this very process.
-    QString Call(const QString& method, const QStringList& arguments = {});
     QString Status();
 
-    QString mGdbus;
     QTemporaryDir mContent;
     std::unique_ptr<Tests::ReferenceService> mService;
     std::unique_ptr<Tests::TestDataDirectory> mData;
     std::unique_ptr<UI::Desktop::MainWindowDesktop> mWindow;
 };
 
-QString TestWindowMediaControls::Call(const QString& method, const QStringList& arguments)
-{
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(mGdbus, QStringList{"call", "--session", "--dest", MprisService::ServiceName,
-                                      "--object-path", MprisService::ObjectPath, "--method", method} +
-                              arguments);
-    if (!QTest::qWaitFor([&process]() { return process.state() == QProcess::NotRunning; },
-                         Tests::Timeouts::Process)) {
-        process.kill();
-        process.waitForFinished();
-        return QStringLiteral("gdbus did not answer");
-    }
-    return QString::fromUtf8(process.readAll()).trimmed();
-}
-
 QString TestWindowMediaControls::Status()
 {
-    return Call(QStringLiteral("org.freedesktop.DBus.Properties.Get"),
-                {QStringLiteral("org.mpris.MediaPlayer2.Player"), QStringLiteral("PlaybackStatus")});
+    return Tests::MprisPanelCall::Get(QStringLiteral("org.mpris.MediaPlayer2.Player"),
+                                      QStringLiteral("PlaybackStatus"));
 }
 
 void TestWindowMediaControls::initTestCase()
 {
     QVERIFY2(qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS"),
              "no session bus: register the test with NEEDS session-bus");
-    mGdbus = QStandardPaths::findExecutable(QStringLiteral("gdbus"));
-    QVERIFY2(!mGdbus.isEmpty(), "gdbus is missing: install 'libglib2.0-bin' (scripts/install-deps)");
+    QVERIFY2(!Tests::MprisPanelCall::Gdbus().isEmpty(),
+             "gdbus is missing: install 'libglib2.0-bin' (scripts/install-deps)");
     QVERIFY(mContent.isValid());
     QString error;
     mService = ShopSession::StartedServing(mContent.path(), {"music/music_a.mp3"}, &error);
@@ -111,11 +88,13 @@ void TestWindowMediaControls::aPanelDrivesTheWindowsPlayer()
     QTRY_COMPARE_WITH_TIMEOUT(Status(), QStringLiteral("(<'Playing'>,)"), Tests::Timeouts::Process);
     // The service names the file when the manifest has no title for it.
     const QString metadataGet = QStringLiteral("org.freedesktop.DBus.Properties.Get");
-    QTRY_VERIFY_WITH_TIMEOUT(Call(metadataGet, {"org.mpris.MediaPlayer2.Player", "Metadata"})
-                                 .contains("'xesam:title': <'music_a'>"),
-                             Tests::Timeouts::Playback);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        Tests::MprisPanelCall::Call(metadataGet, {"org.mpris.MediaPlayer2.Player", "Metadata"})
+            .contains("'xesam:title': <'music_a'>"),
+        Tests::Timeouts::Playback);
 
-    QCOMPARE(Call(QStringLiteral("org.mpris.MediaPlayer2.Player.Pause")), QStringLiteral("()"));
+    QCOMPARE(Tests::MprisPanelCall::Call(QStringLiteral("org.mpris.MediaPlayer2.Player.Pause")),
+             QStringLiteral("()"));
     std::shared_ptr<Core::UserEnvironment> environment;
     Core::UserEnvironment::GetSignedInEnvironment(
         [&environment](std::shared_ptr<Core::UserEnvironment> current) { environment = current; });
@@ -135,7 +114,8 @@ void TestWindowMediaControls::raiseBringsTheWindowBackFromTheTray()
     mWindow->show();
     mWindow->MinimizeToTray();
     QTRY_VERIFY_WITH_TIMEOUT(!mWindow->isVisible(), Tests::Timeouts::Quick);
-    QCOMPARE(Call(QStringLiteral("org.mpris.MediaPlayer2.Raise")), QStringLiteral("()"));
+    QCOMPARE(Tests::MprisPanelCall::Call(QStringLiteral("org.mpris.MediaPlayer2.Raise")),
+             QStringLiteral("()"));
     QTRY_VERIFY_WITH_TIMEOUT(mWindow->isVisible(), Tests::Timeouts::Quick);
 }
 
