@@ -21,7 +21,6 @@
 #include <QJsonObject>
 
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 
 namespace {
@@ -197,14 +196,10 @@ int main(int argc, char** argv)
     }
     QCoreApplication application(argc, argv);
     DemoStage::StopOnInterrupt();
-    const int seconds = argc > 1 ? std::atoi(argv[1]) : 60;
-    if (argc > 2 || seconds <= 0) {
-        std::fprintf(stderr, "usage: %s [SECONDS]\n", argv[0]);
+    const int seconds = DemoStage::CountArgument(argc, argv, "SECONDS", 60);
+    if (seconds == 0) {
         return 2;
     }
-#ifndef NDEBUG
-    std::printf("warning: this is not a release build; the figures mean little\n");
-#endif
     DemoStage stage;
     QString error;
     if (!stage.Start(&error)) {

@@ -21,7 +21,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <vector>
 
 namespace {
@@ -158,14 +157,10 @@ int main(int argc, char** argv)
     }
     QCoreApplication application(argc, argv);
     DemoStage::StopOnInterrupt();
-    const int minutes = argc > 1 ? std::atoi(argv[1]) : 10;
-    if (argc > 2 || minutes <= 0) {
-        std::fprintf(stderr, "usage: %s [MINUTES]\n", argv[0]);
+    const int minutes = DemoStage::CountArgument(argc, argv, "MINUTES", 10);
+    if (minutes == 0) {
         return 2;
     }
-#ifndef NDEBUG
-    std::printf("warning: this is not a release build; the figures mean little\n");
-#endif
     const int seconds = minutes * 60;
     // Half-way, on a sample: minute 5 of the default ten.
     const int halfway = seconds / 2 / SampleSeconds * SampleSeconds;

@@ -18,7 +18,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <vector>
 
@@ -139,14 +138,10 @@ int main(int argc, char** argv)
     }
     QCoreApplication application(argc, argv);
     DemoStage::StopOnInterrupt();
-    const int runs = argc > 1 ? std::atoi(argv[1]) : 5;
-    if (argc > 2 || runs <= 0) {
-        std::fprintf(stderr, "usage: %s [RUNS]\n", argv[0]);
+    const int runs = DemoStage::CountArgument(argc, argv, "RUNS", 5);
+    if (runs == 0) {
         return 2;
     }
-#ifndef NDEBUG
-    std::printf("warning: this is not a release build; the figures mean little\n");
-#endif
     DemoStage stage;
     QString error;
     if (!stage.Start(&error)) {

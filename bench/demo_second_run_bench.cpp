@@ -16,7 +16,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <signal.h>
 #include <vector>
 
@@ -86,14 +85,10 @@ int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
     DemoStage::StopOnInterrupt();
-    const int runs = argc > 1 ? std::atoi(argv[1]) : 3;
-    if (argc > 2 || runs <= 0) {
-        std::fprintf(stderr, "usage: %s [RUNS]\n", argv[0]);
+    const int runs = DemoStage::CountArgument(argc, argv, "RUNS", 3);
+    if (runs == 0) {
         return 2;
     }
-#ifndef NDEBUG
-    std::printf("warning: this is not a release build; the figures mean little\n");
-#endif
     // Before the stage gives the programs homes of their own: the media are the
     // ones the demo keeps in the user's cache.
     const QString content = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +

@@ -20,6 +20,8 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <signal.h>
 #include <unistd.h>
 
@@ -520,6 +522,19 @@ void DemoStage::StopOnInterrupt()
 bool DemoStage::Interrupted()
 {
     return sInterrupted != 0;
+}
+
+int DemoStage::CountArgument(int argc, char** argv, const char* name, int byDefault)
+{
+    const int count = argc > 1 ? std::atoi(argv[1]) : byDefault;
+    if (argc > 2 || count <= 0) {
+        std::fprintf(stderr, "usage: %s [%s]\n", argv[0], name);
+        return 0;
+    }
+#ifndef NDEBUG
+    std::printf("warning: this is not a release build; the figures mean little\n");
+#endif
+    return count;
 }
 
 bool DemoStage::HasProgram(const QString& name)

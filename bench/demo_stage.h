@@ -116,6 +116,10 @@ public:
     static bool Interrupted();
     // Whether a program is on the PATH.
     static bool HasProgram(const QString& name);
+    // The benchmark's one optional count from its command line (`name` for the
+    // usage line: "SECONDS", "RUNS"), `byDefault` without one; 0 after printing the
+    // usage when the line is wrong. Warns when the build is not an optimised one.
+    static int CountArgument(int argc, char** argv, const char* name, int byDefault);
 
 private:
     // The id of the first track of `kind` the event log of `dataDirectory` shows
